@@ -1,0 +1,34 @@
+#include "IsoText.h"
+
+#include <cstdint>
+#include <cstdio>
+
+namespace {
+
+constexpr std::size_t textSize = 256;
+
+} // namespace
+
+std::string IsoNameToString(const __IsoAgLib::IsoName_c& name) {
+  const uint8_t* bytes = name.outputString();
+  if (bytes == nullptr) {
+    return {};
+  }
+  char text[textSize];
+  std::snprintf(text, sizeof text,
+                " IsoName 0x%2.2x 0x%2.2x 0x%2.2x 0x%2.2x 0x%2.2x 0x%2.2x 0x%2.2x 0x%2.2x ", // byte 0 first
+                bytes[0], bytes[1], bytes[2], bytes[3], bytes[4], bytes[5], bytes[6], bytes[7]);
+  return text;
+}
+
+std::string CanPkgToString(const __IsoAgLib::CanPkg_c& pkg) {
+  const __IsoAgLib::CanPkgExt_c message(pkg, 0);
+  char text[textSize];
+  std::snprintf(text, sizeof text, " SA 0x%2.2x ", message.isoSa());
+  std::string result = text;
+  for (uint8_t index = 0; index < message.getLen(); ++index) {
+    std::snprintf(text, sizeof text, "%2.2x ", message[index]);
+    result += text;
+  }
+  return result;
+}

@@ -1,0 +1,94 @@
+// Messages of 9 to 1785 bytes (ISO 11783-3): BAM to all, RTS/CTS to one destination. Sending and receiving, several
+// sessions at once, for all addresses of one node on one bus.
+//
+//   Order of use: handleFrame for every frame of PGN EC00 and EB00; work() whenever nextDueMs() has come.
+//   Threads: one thread.
+#pragma once
+
+#include "CanFrame.h"
+
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <vector>
+
+namespace IsoBusHost {
+
+// IsoMessage_s: one complete message, whatever number of frames carried it.
+struct IsoMessage_s {
+  uint32_t pgn = 0; // of a PDU1 message the low byte is 0
+  uint8_t priority = 6;
+  uint8_t source = nullAddress;
+  uint8_t destination = globalAddress;
+  std::vector<uint8_t> data;
+};
+
+// The reasons of a connection abort (ISO 11783-3).
+enum class AbortReason_e : uint8_t {
+  alreadyConnected = 1,
+  noResources = 2,
+  timeout = 3,
+  ctsWhileSending = 4,
+  repeatLimit = 5,
+  unexpectedData = 6,
+  wrongSequence = 7,
+  duplicateSequence = 8,
+  tooLong = 9,
+  other = 250,
+};
+
+struct TransportProtocolStatistics_s {
+  uint64_t messagesSent = 0;
+  uint64_t messagesReceived = 0;
+  uint64_t sendsFailed = 0;    // aborted, timed out, or withdrawn
+  uint64_t receivesFailed = 0; // aborted, timed out, out of order
+  uint64_t framesIgnored = 0;  // malformed, or belonging to no session
+};
+
+class TransportProtocol_c {
+public:
+  static constexpr std::size_t maxBytes = 1785;
+  static constexpr uint64_t bamIntervalMs = 50;
+
+  struct Callbacks_s {
+    std::function<bool(const CanFrame_s&)> sendFrame;      // false: the frame was not taken
+    std::function<void(const IsoMessage_s&)> deliver;      // a message was received completely
+    std::function<bool(uint8_t address)> isOwnAddress;     // whether this node answers for the address
+  };
+
+  using Done = std::function<void(bool sent)>;
+
+  explicit TransportProtocol_c(Callbacks_s callbacks);
+
+  // setReceiving, setSending: off, frames of the other side are ignored and open sessions of the kind dropped.
+  void setReceiving(bool on);
+  void setSending(bool on);
+
+  // send: queues a message; messages with the same source and destination go one after the other.
+  //
+  //   Takes    message: 9 to maxBytes bytes; done: told once, when it went out (and, with RTS/CTS, was acknowledged) or
+  //            failed; may be empty
+  //   Gives    false, and does not call done, when sending is off, the length is out of range or too much is queued
+  bool send(IsoMessage_s message, Done done = {});
+
+  // handleFrame: takes a frame of PGN EC00 or EB00; whatever else is ignored.
+  void handleFrame(const CanFrame_s& frame);
+
+  // work: sends what is due and ends sessions whose time is over.
+  void work();
+  uint64_t nextDueMs() const;
+
+  // dropAddress: ends all sessions of an own address that is lost, without a word on the bus.
+  void dropAddress(uint8_t address);
+
+  std::size_t openSessions() const;
+  const TransportProtocolStatistics_s& statistics() const { return m_statistics; }
+
+private:
+  struct SendSession_s;
+  struct ReceiveSession_s;
+  // (left to the implementation)
+  TransportProtocolStatistics_s m_statistics;
+};
+
+} // namespace IsoBusHost
