@@ -65,8 +65,8 @@ public:
   //            compliance bits are clear
   //   Source   ISO 11783-5 (NAME), ISO 11783-12 (ECU, product, software), ISO 11783-7 (certification)
   bool init(std::string& swIdentification, uint8_t preferredSa, uint8_t deviceClass, uint8_t deviceClassInstance,
-            uint8_t function, uint8_t functionInstance, uint8_t ecuInstance, uint8_t isoInstance,
-            bool selfConfigurable, int8_t slaveCount, uint8_t industryGroup);
+            uint8_t function, uint8_t functionInstance, uint8_t ecuInstance, uint8_t isoInstance, bool selfConfigurable,
+            int8_t slaveCount, uint8_t industryGroup);
 
   // initSerialNumber: reads the console's serial number, stores the NAME's identity number and returns it.
   uint32_t initSerialNumber();
@@ -94,10 +94,10 @@ namespace __IsoAgLib {
 
 // ZemoAppType_e: the application kind. Any other value acts as ZemoAppPlain.
 enum ZemoAppType_e : int32_t {
-  ZemoAppPlain = 0,             // no VT group; identities of industry group 0
-  ZemoAppVtServer = 1,          // VT server group; identities are no working-set masters
-  ZemoAppVtClient = 2,          // VT client group; identities of industry group 2 (agriculture)
-  ZemoAppVtClientAnyGroup = 3,  // VT client group; identities of industry group 0
+  ZemoAppPlain = 0,            // no VT group; identities of industry group 0
+  ZemoAppVtServer = 1,         // VT server group; identities are no working-set masters
+  ZemoAppVtClient = 2,         // VT client group; identities of industry group 2 (agriculture)
+  ZemoAppVtClientAnyGroup = 3, // VT client group; identities of industry group 0
 };
 
 // ZemoApp: the one object through which an application brings the stack up, adds its identities and closes.

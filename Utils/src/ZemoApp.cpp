@@ -43,10 +43,10 @@ constexpr AssertionRecord_s identityInitialisedOnce = {
 constexpr const char* indexExpression = "index < m_Identities.size()";
 constexpr AssertionRecord_s componentIdentityIndex = {
     indexExpression, 398, "ComponentIdentity_c& __IsoAgLib::ZemoApp::getComponentIdentity(uint32_t)"};
-constexpr AssertionRecord_s myIdentIndex = {
-    indexExpression, 404, "IsoAgLib::iIdentItem_c* __IsoAgLib::ZemoApp::getMyIdent(uint32_t)"};
-constexpr AssertionRecord_s dataStorageIndex = {
-    indexExpression, 410, "DataStorage_c* __IsoAgLib::ZemoApp::getDataStorage(uint32_t)"};
+constexpr AssertionRecord_s myIdentIndex = {indexExpression, 404,
+                                            "IsoAgLib::iIdentItem_c* __IsoAgLib::ZemoApp::getMyIdent(uint32_t)"};
+constexpr AssertionRecord_s dataStorageIndex = {indexExpression, 410,
+                                                "DataStorage_c* __IsoAgLib::ZemoApp::getDataStorage(uint32_t)"};
 constexpr AssertionRecord_s serialNumberIndex = {indexExpression, 416,
                                                  "uint32_t __IsoAgLib::ZemoApp::getSerialNumber(uint32_t)"};
 

@@ -10,11 +10,9 @@
 #include "CanPort.h"
 
 #include <functional>
+#include <poll.h>
 #include <string>
-
-namespace __IsoAgLib {
-class IdentItem_c;
-}
+#include <vector>
 
 namespace IsoBusHost::Host {
 
@@ -24,7 +22,7 @@ constexpr unsigned int physicalBuses = 2;
 void setBus(unsigned int busNumber, const std::string& address);
 std::string busAddress(unsigned int busNumber);
 
-// lastError: returns why the last bus did not open, one line; empty when it did.
+// lastError: returns why the last bus did not open or was lost, one line; empty when all is well.
 std::string lastError();
 
 // observe: lets an observer see every frame of every bus opened from now on; bus is "can0" or "can1".
@@ -35,8 +33,11 @@ void observe(BusObserver observer);
 CanPort_c* port(unsigned int canInstance);
 BusNode_c* node(unsigned int isoInstance);
 
-// stateText: returns one line for each published service that is on, sorted, for example "TracMove_c[0]".
-std::string stateText();
+// servicesOn: returns the published services that are initialised, sorted, for example "TracMove_c[0]".
+std::vector<std::string> servicesOn();
+
+// pollDescriptors: returns what poll() of an own main loop waits on; a bus inside the process has no descriptor.
+std::vector<pollfd> pollDescriptors();
 
 // eepromFile: returns the path that System_c::init was told, empty before.
 std::string eepromFile();

@@ -5,13 +5,25 @@
 //     System_c::init()
 //     Scheduler_c::init(null)
 //     CanIo_c[0]::init(0, 250)
+//     iProprietaryBus_c[0]::init(1, 250)          followed by the call that it makes, CanIo_c[2]::init(1, 250)
 //     IsoMonitor_c[0]::registerIdentItem(ident 1)
+//     ident 1: created
+//     ident 1: init(A0001D005BA1E240, -1, null, true)          NAME, slave count, slave NAMEs, claim when registered
 //     ident 1: setProductIdentification("123456", "Harlow-Mede", "R3700")
-//     DBusConnection_c::getString(8)
-//   Texts stand in double quotes. Identity items are numbered from 1 in the order of their creation in the process.
+//     ident 1: setCertificationData(2013, 31, 3, 733, 000000, 0)       the fifth: compliance bits, 3 bytes
+//     ident 1: destroyed
+//     isoaglib_assert_callStart() = false
+//     DBusConnection_c::getString(8)              where the console's journal is connected (ConsoleHost::setJournal)
+//   What the stack asks of the application begins with an arrow, for example
+//     -> getZemoEepromFileName() = "/mnt/nand/zemo/settings/eeprom.dat"
+//     -> getConnectAllowedVtServerType() = 2
+//     -> ident 1 loadSa() = 128
+//     -> ident 1 storeSa(128)
+//   Texts stand in double quotes. Identity items are numbered from 1 in the order of their creation since Host::reset.
 //   Threads: the thread that drives the stack.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -21,7 +33,7 @@ void add(std::string entry);
 const std::vector<std::string>& entries();
 void clear();
 
-// The newest entries only are kept from this number on, so that a long run does not grow.
+// When this many entries are kept the older half goes, so that a long run does not grow.
 constexpr std::size_t maxEntries = 100000;
 
 } // namespace IsoBusHost::Journal

@@ -1,0 +1,97 @@
+#include "HostState.h"
+#include "Journal.h"
+
+#include <algorithm>
+
+using namespace IsoBusHost;
+
+namespace __IsoAgLib {
+
+// Answered by libzemoUtils; a program without it (the tools) has no answer.
+int getConnectAllowedVtServerType() __attribute__((weak));
+
+namespace {
+
+// One object for each ISOBUS instance and one more, never on a bus, for any other number.
+template <class Service_c>
+Service_c& instanceOf(unsigned char instance) {
+  static Service_c instances[] = {Service_c(0), Service_c(1), Service_c(isoInstances)};
+  return instances[std::min<unsigned int>(instance, isoInstances)];
+}
+
+} // namespace
+
+bool BaseCommon_c::init() {
+  switchService(m_name, instance(), true);
+  return true;
+}
+
+bool BaseCommon_c::close() {
+  switchService(m_name, instance(), false);
+  return true;
+}
+
+void TcClient_c::init() {
+  switchService("TcClient_c", instance(), true);
+}
+
+void TcClient_c::close() {
+  switchService("TcClient_c", instance(), false);
+}
+
+void VtClient_c::init() {
+  switchService("VtClient_c", instance(), true);
+  if (getConnectAllowedVtServerType != nullptr) {
+    Journal::add("-> getConnectAllowedVtServerType() = " + std::to_string(getConnectAllowedVtServerType()));
+  }
+}
+
+void VtClient_c::close() {
+  switchService("VtClient_c", instance(), false);
+}
+
+TracGeneral_c& getTracGeneralInstance(unsigned char instance) {
+  return instanceOf<TracGeneral_c>(instance);
+}
+
+TracFacilities_c& getTracFacilitiesInstance(unsigned char instance) {
+  return instanceOf<TracFacilities_c>(instance);
+}
+
+TracMove_c& getTracMoveInstance(unsigned char instance) {
+  return instanceOf<TracMove_c>(instance);
+}
+
+TracPto_c& getTracPtoInstance(unsigned char instance) {
+  return instanceOf<TracPto_c>(instance);
+}
+
+TracLight_c& getTracLightInstance(unsigned char instance) {
+  return instanceOf<TracLight_c>(instance);
+}
+
+TracAux_c& getTracAuxInstance(unsigned char instance) {
+  return instanceOf<TracAux_c>(instance);
+}
+
+TracGuidance_c& getTracGuidanceInstance(unsigned char instance) {
+  return instanceOf<TracGuidance_c>(instance);
+}
+
+TracGuidanceCommand_c& getTracGuidanceCommandInstance(unsigned char instance) {
+  return instanceOf<TracGuidanceCommand_c>(instance);
+}
+
+TimePosGps_c& getTimePosGpsInstance(unsigned char instance) {
+  return instanceOf<TimePosGps_c>(instance);
+}
+
+TcClient_c& getTcClientInstance(unsigned char instance) {
+  return instanceOf<TcClient_c>(instance);
+}
+
+VtClient_c& getVtClientInstance(unsigned char instance) {
+  return instanceOf<VtClient_c>(instance);
+}
+
+} // namespace __IsoAgLib
