@@ -14,7 +14,8 @@ uint64_t nowMs();
 // wallClockUs: returns the time of day in microseconds since 1970 that belongs to nowUs().
 uint64_t wallClockUs();
 
-// turnByHand: stops the clock where it is; only advanceMs moves it from now on.
+// turnByHand: stops the clock where it is; only advanceMs moves it from now on. A clock that runs free is not moved by
+// advanceMs.
 void turnByHand();
 bool isTurnedByHand();
 void advanceMs(uint64_t milliseconds);

@@ -6,7 +6,8 @@ namespace IsoBusHost::HostClock {
 
 namespace {
 
-template <typename Clock> uint64_t readUs() {
+template <typename Clock>
+uint64_t readUs() {
   const auto now = Clock::now().time_since_epoch();
   return static_cast<uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(now).count());
 }
@@ -31,24 +32,28 @@ uint64_t nowUs() {
   return state.turnedByHand ? state.stoodAtUs : readUs<std::chrono::steady_clock>() + state.aheadUs;
 }
 
-uint64_t nowMs() { return nowUs() / 1000; }
+uint64_t nowMs() {
+  return nowUs() / 1000;
+}
 
 // Tied to nowUs() once, so that captures keep their order when somebody sets the machine's time of day.
-uint64_t wallClockUs() { return nowUs() + hands().wallClockMinusClockUs; }
+uint64_t wallClockUs() {
+  return nowUs() + hands().wallClockMinusClockUs;
+}
 
 void turnByHand() {
   hands().stoodAtUs = nowUs();
   hands().turnedByHand = true;
 }
 
-bool isTurnedByHand() { return hands().turnedByHand; }
+bool isTurnedByHand() {
+  return hands().turnedByHand;
+}
 
 void advanceMs(uint64_t milliseconds) {
   if (hands().turnedByHand) {
     hands().stoodAtUs += milliseconds * 1000;
-    return;
   }
-  hands().aheadUs += milliseconds * 1000;
 }
 
 void runFree() {
