@@ -32,14 +32,15 @@ uint64_t nameFromBytes(const uint8_t* bytes);
 // a field only when it is not empty.
 std::vector<std::string> splitFields(const std::string& text);
 
-// The bytes of a software identification: a count byte, then the fields.
+// encodeSoftwareIdentification: returns the bytes of a software identification, a count byte and then the fields, each
+// closed by '*'. The count ends at 125; fields beyond that are left out.
 std::vector<uint8_t> encodeSoftwareIdentification(const std::string& fields);
 
 // textOfSoftwareIdentification: returns the text without its count byte: a first byte below 32 is the count.
 std::string textOfSoftwareIdentification(const std::vector<uint8_t>& data);
 
 struct Certification_s {
-  uint16_t year = 2000;
+  uint16_t year = 2000;  // 2000 to 2063; any other is sent as 63, not available
   uint8_t revision = 31; // 31: not available
   uint8_t laboratoryType = 3;
   uint16_t laboratoryId = 0;
