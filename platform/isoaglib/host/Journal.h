@@ -24,6 +24,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,9 @@ namespace IsoBusHost::Journal {
 void add(std::string entry);
 const std::vector<std::string>& entries();
 void clear();
+
+// listen: told each entry before it is kept, in the middle of the call that makes it; an empty function ends it.
+void listen(std::function<void(const std::string& entry)> listener);
 
 // When this many entries are kept the older half goes, so that a long run does not grow.
 constexpr std::size_t maxEntries = 100000;

@@ -11,9 +11,17 @@ std::vector<std::string>& storage() {
   return entries;
 }
 
+std::function<void(const std::string&)>& listenerStorage() {
+  static std::function<void(const std::string&)> listener;
+  return listener;
+}
+
 } // namespace
 
 void add(std::string entry) {
+  if (listenerStorage()) {
+    listenerStorage()(entry);
+  }
   std::vector<std::string>& all = storage();
   if (all.size() >= maxEntries) {
     all.erase(all.begin(), all.begin() + maxEntries / 2);
@@ -27,6 +35,10 @@ const std::vector<std::string>& entries() {
 
 void clear() {
   storage().clear();
+}
+
+void listen(std::function<void(const std::string& entry)> listener) {
+  listenerStorage() = std::move(listener);
 }
 
 } // namespace IsoBusHost::Journal
