@@ -59,6 +59,9 @@ public:
   // isoSa: returns the source address.
   uint8_t isoSa() const;
 
+  // instance: returns the stack instance that the message belongs to.
+  int instance() const { return m_instance; }
+
 private:
   int m_instance;
 };

@@ -1,0 +1,29 @@
+// The options that the programs for the desk have in common.
+#pragma once
+
+#include <optional>
+#include <string>
+
+struct DeskOptions_s {
+  std::string can0; // transport of physical bus 0 and 1, empty: environment or the bus inside the process
+  std::string can1;
+  int applicationKind = 2;
+  bool useProprietaryBus = false;
+  std::string valuesFile;
+  std::string captureFile;
+  std::string logFile;
+  int seconds = 0; // 0: the program's own end
+};
+
+// DeskProgram_s: what a program says of itself in its help, and which options it takes.
+struct DeskProgram_s {
+  const char* name;
+  const char* purpose;
+  bool isApplication; // takes --can1, --kind, --proprietary and --values as well
+};
+
+// parseDeskOptions: reads the command line.
+//
+//   Gives    the exit status where the program shall end at once: 0 after --help, 2 after an error; empty to go on
+//   Effects  the help goes to standard output; an error is one line on standard error that names the option
+std::optional<int> parseDeskOptions(int argc, char** argv, const DeskProgram_s& program, DeskOptions_s& options);
