@@ -2,14 +2,14 @@
 // sessions at once, for all addresses of one node on one bus.
 //
 //   Order of use: handleFrame for every frame of PGN EC00 and EB00; work() whenever nextDueMs() has come.
-//   Threads: one thread.
+//   Threads: one thread. deliver and done may call anything here; sendFrame and isOwnAddress call nothing back.
 #pragma once
 
 #include "CanFrame.h"
 
 #include <cstdint>
 #include <functional>
-#include <list>
+#include <memory>
 #include <vector>
 
 namespace IsoBusHost {
@@ -50,25 +50,29 @@ public:
   static constexpr std::size_t maxBytes = 1785;
   static constexpr uint64_t bamIntervalMs = 50;
 
+  // Callbacks_s: all of them are set.
   struct Callbacks_s {
-    std::function<bool(const CanFrame_s&)> sendFrame;      // false: the frame was not taken
-    std::function<void(const IsoMessage_s&)> deliver;      // a message was received completely
-    std::function<bool(uint8_t address)> isOwnAddress;     // whether this node answers for the address
+    std::function<bool(const CanFrame_s&)> sendFrame;  // false: the frame was not taken, and comes again
+    std::function<void(const IsoMessage_s&)> deliver;  // a message was received completely
+    std::function<bool(uint8_t address)> isOwnAddress; // whether this node answers for the address
   };
 
   using Done = std::function<void(bool sent)>;
 
   explicit TransportProtocol_c(Callbacks_s callbacks);
+  ~TransportProtocol_c(); // tells no done
 
-  // setReceiving, setSending: off, frames of the other side are ignored and open sessions of the kind dropped.
+  // setReceiving, setSending: off, frames of the other side are ignored and open sessions of the kind dropped without
+  // a word. Both are off at first.
   void setReceiving(bool on);
   void setSending(bool on);
 
-  // send: queues a message; messages with the same source and destination go one after the other.
+  // send: queues a message for work(); messages with the same source and destination go one after the other.
   //
   //   Takes    message: 9 to maxBytes bytes; done: told once, when it went out (and, with RTS/CTS, was acknowledged) or
   //            failed; may be empty
-  //   Gives    false, and does not call done, when sending is off, the length is out of range or too much is queued
+  //   Gives    false, and does not call done, when sending is off, the length, an address or the PGN is out of range
+  //            or too much is queued (64 messages with the same source and destination, 1024 in all)
   bool send(IsoMessage_s message, Done done = {});
 
   // handleFrame: takes a frame of PGN EC00 or EB00; whatever else is ignored.
@@ -76,19 +80,27 @@ public:
 
   // work: sends what is due and ends sessions whose time is over.
   void work();
+
+  // nextDueMs: returns the time of HostClock at which work() is next needed, perhaps one that has passed; `never` if
+  // nothing is open.
   uint64_t nextDueMs() const;
 
   // dropAddress: ends all sessions of an own address that is lost, without a word on the bus.
   void dropAddress(uint8_t address);
 
+  // openSessions: returns the messages being received and the pairs of source and destination with something to send.
   std::size_t openSessions() const;
   const TransportProtocolStatistics_s& statistics() const { return m_statistics; }
 
 private:
-  struct SendSession_s;
-  struct ReceiveSession_s;
-  // (left to the implementation)
+  struct Parts_s;
+  void dispatch(const IsoId_s& id, const CanFrame_s& frame);
+  bool dispatchControl(const IsoId_s& id, const CanFrame_s& frame);
+  void tellDone();
+
+  Callbacks_s m_callbacks;
   TransportProtocolStatistics_s m_statistics;
+  std::unique_ptr<Parts_s> m_parts;
 };
 
 } // namespace IsoBusHost
