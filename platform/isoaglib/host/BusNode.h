@@ -2,6 +2,7 @@
 // acknowledgements and the transport protocol (ISO 11783-3). The published services of an instance and the service
 // tool are both built on it.
 //
+//   Call-backs (handlers, onClaimed, answer, done) run inside poll() only and may call every function of the node.
 //   Order of use: switch services on; add functions; poll() from the main loop whenever frames arrived or nextDueMs()
 //                 has come.
 //   Threads: one thread.
@@ -11,29 +12,33 @@
 #include "TransportProtocol.h"
 
 #include <cstdint>
+#include <deque>
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace IsoBusHost {
 
 enum class ClaimState_e {
-  idle,          // not on the bus (network management off)
-  claiming,      // claim sent, 250 ms not over
-  claimed,       // owns its address, may send
-  cannotClaim,   // no address left; only requests for address claimed are answered
+  idle,        // not on the bus (network management off)
+  claiming,    // waiting to claim, or claim sent and 250 ms not over
+  claimed,     // owns its address, may send
+  cannotClaim, // no address left; only requests for address claimed are answered. Stays so until removed or commanded
 };
 
 // FunctionSettings_s: what the owner of an own control function decides.
 struct FunctionSettings_s {
   uint64_t name = 0;
-  uint8_t preferredAddress = nullAddress; // 0 to 253; 254: any free one of a self-configurable function
-  int workingSetMembers = -1;             // -1: no master; n: master with n members besides itself
-  std::vector<uint64_t> memberNames;      // workingSetMembers NAMEs, or none
-  std::function<void(uint8_t address)> onClaimed;                         // an address is claimed; may be empty
+  uint8_t preferredAddress = nullAddress;         // 0 to 253; 254: any free one of a self-configurable function
+  int workingSetMembers = -1;                     // -1: no master; n: master with n members besides itself
+  std::vector<uint64_t> memberNames;              // workingSetMembers NAMEs, or none
+  std::function<void(uint8_t address)> onClaimed; // an address is claimed; may be empty
   std::function<std::optional<std::vector<uint8_t>>(uint32_t pgn)> answer; // data of a requested PGN; none: refused
 };
 
@@ -41,7 +46,7 @@ class OwnFunction_c {
 public:
   uint64_t name() const { return m_settings.name; }
   ClaimState_e state() const { return m_state; }
-  uint8_t address() const { return m_address; } // 254 while there is none
+  uint8_t address() const { return m_address; } // claimed or being claimed; 254 while there is none
 
 private:
   friend class NetworkManagement_c;
@@ -49,7 +54,12 @@ private:
   FunctionSettings_s m_settings;
   ClaimState_e m_state = ClaimState_e::idle;
   uint8_t m_address = nullAddress;
-  // (left to the implementation)
+  uint8_t m_wanted = nullAddress; // the address to try first
+  uint64_t m_dueMs = never;       // claiming: when to claim or when claimed; cannotClaim: when to say so
+  uint64_t m_mayDefendMs = 0;     // not before this time is a violation of the address answered again
+  int m_nextMember = 0;           // the next working-set member to announce
+  uint64_t m_memberDueMs = never; // when; never: the announcement is over
+  bool m_bAnnounceAgain = false;  // the working set was asked for while it was being announced
 };
 
 struct NodeStatistics_s {
@@ -61,12 +71,16 @@ struct NodeStatistics_s {
   uint64_t framesIgnored = 0;   // malformed, or of no meaning here
 };
 
+class NetworkManagement_c;
+
 class BusNode_c {
 public:
   using MessageHandler = std::function<void(const IsoMessage_s&)>;
 
   explicit BusNode_c(CanPort_c& port);
   ~BusNode_c();
+  BusNode_c(const BusNode_c&) = delete;
+  BusNode_c& operator=(const BusNode_c&) = delete;
 
   // The services of the node, all off at first.
   void setNetworkManagement(bool on); // on: asks all functions for their address, and the own ones claim
@@ -88,7 +102,9 @@ public:
 
   // send: sends a message of any length to 1785 bytes from a function that has claimed its address.
   //
-  //   Takes    message: source is set here; done as TransportProtocol_c::send takes it, also called for short messages
+  //   Takes    message: source is set here; up to 8 bytes go out as they are; done as TransportProtocol_c::send takes
+  //   it,
+  //            also called for short messages
   //   Gives    false when the function has no address or the message cannot be taken
   bool send(const OwnFunction_c& from, IsoMessage_s message, TransportProtocol_c::Done done = {});
 
@@ -110,8 +126,39 @@ public:
   CanPort_c& port() { return m_port; }
 
 private:
+  using AnswerKey = std::tuple<uint8_t, uint8_t, uint32_t>; // own address, destination, PGN
+
+  bool sendFrame(const IsoId_s& id, const uint8_t* data, std::size_t length);
+  bool sendRequest(uint8_t source, uint32_t pgn, uint8_t destination);
+  TransportProtocol_c::Done deferred(TransportProtocol_c::Done done);
+  void runDeferred();
+
+  void dispatch(const CanFrame_s& frame);
+  bool isForUs(uint8_t destination) const;
+  void handleViolation(const IsoId_s& id, const CanFrame_s& frame);
+  void deliver(const IsoMessage_s& message);
+
+  void handleRequest(const IsoMessage_s& message);
+  bool answerRequest(OwnFunction_c* function, uint32_t pgn, uint8_t destination);
+  void sendAnswer(uint8_t source, uint32_t pgn, uint8_t destination, std::vector<uint8_t> data);
+  void acknowledge(uint8_t source, uint8_t control, uint8_t answered, uint32_t pgn);
+  void handleCommandedAddress(const IsoMessage_s& message);
+
+  void addressLost(OwnFunction_c& function, uint8_t address);
+  void claimed(OwnFunction_c& function);
+  bool announceWorkingSet(OwnFunction_c& function);
+  void announceMember(OwnFunction_c& function);
+  void workOnWorkingSets();
+
   CanPort_c& m_port;
-  // (left to the implementation)
+  NodeStatistics_s m_statistics;
+  std::deque<std::function<void()>> m_deferred; // call-backs that wait for the end of what is being done
+  std::list<MessageHandler> m_handlers;
+  std::set<AnswerKey> m_longAnswers; // under way
+  bool m_bRequests = false;
+  bool m_bWorkingSets = false;
+  std::unique_ptr<NetworkManagement_c> m_networkManagement;
+  TransportProtocol_c m_transportProtocol;
 };
 
 } // namespace IsoBusHost
