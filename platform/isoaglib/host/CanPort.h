@@ -10,7 +10,6 @@
 #include <deque>
 #include <functional>
 #include <memory>
-#include <vector>
 
 namespace IsoBusHost {
 
@@ -53,7 +52,7 @@ private:
 
   std::unique_ptr<CanTransport_c> m_transport;
   std::deque<CanFrame_s> m_queue;
-  std::vector<Observer> m_observers;
+  std::deque<Observer> m_observers; // stay where they are when an observer adds another
   uint64_t m_framesSent = 0;
   uint64_t m_framesReceived = 0;
   uint64_t m_framesDropped = 0;
