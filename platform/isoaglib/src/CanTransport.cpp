@@ -20,10 +20,10 @@ std::unique_ptr<CanTransport_c> openTransport(const std::string& address, std::s
   case TransportKind_e::local:
     return openLocalBus(parts.bus);
   case TransportKind_e::socketCan:
+    return openSocketCan(parts.bus, error);
   case TransportKind_e::socketcand:
-    break;
+    return openSocketcand(parts.host, parts.port, parts.bus, error);
   }
-  error = address + ": not yet";
   return nullptr;
 }
 
