@@ -118,14 +118,6 @@ std::vector<uint64_t> namesOf(ConsoleApplication_c& application) {
   return names;
 }
 
-std::string joined(const std::vector<std::string>& texts) {
-  std::string line;
-  for (const std::string& text : texts) {
-    line += (line.empty() ? "" : " ") + text;
-  }
-  return line;
-}
-
 std::string percent(double share) {
   char text[32];
   std::snprintf(text, sizeof text, "%.1f %%", share * 100);

@@ -12,6 +12,9 @@ namespace {
 // A long answer takes a second and more where it is sent in packets 200 ms apart.
 constexpr uint64_t answerTimeMs = 3000;
 
+// The 250 ms that a claim must stand, and some more for the way.
+constexpr uint64_t claimTimeMs = 300;
+
 // A function that starts together with the survey claims within this time.
 constexpr uint64_t quietTimeMs = 1500;
 
@@ -62,7 +65,13 @@ bool BusSurvey_c::askForClaims() {
 }
 
 uint64_t BusSurvey_c::nextDueMs() const {
-  return m_isAsking ? m_deadlineMs : m_lastChangeMs + quietTimeMs;
+  uint64_t dueMs = m_isAsking ? m_deadlineMs : m_lastChangeMs + quietTimeMs;
+  for (const SurveyedFunction_s& function : m_functions) {
+    if (!m_isAsking && function.askFromMs > HostClock::nowMs()) {
+      dueMs = std::min(dueMs, function.askFromMs);
+    }
+  }
+  return dueMs;
 }
 
 unsigned int BusSurvey_c::count(AnswerState_e state) const {
@@ -113,19 +122,26 @@ void BusSurvey_c::updateFunctions() {
     }
   }
   for (const auto& [address, name] : m_node.others()) {
-    const uint64_t wanted = name;
-    auto known = std::find_if(m_functions.begin(), m_functions.end(),
-                              [wanted](const SurveyedFunction_s& function) { return function.name == wanted; });
-    if (known == m_functions.end()) {
-      known = m_functions.emplace(m_functions.end());
-      known->name = name;
-      m_lastChangeMs = HostClock::nowMs();
-    }
-    known->address = address;
-    const auto announced = m_announcedMembers.find(address);
-    if (announced != m_announcedMembers.end()) {
-      known->workingSetMembers = announced->second;
-    }
+    place(name, address);
+  }
+}
+
+// place: puts a function at the address that it claims.
+void BusSurvey_c::place(uint64_t name, uint8_t address) {
+  auto function = std::find_if(m_functions.begin(), m_functions.end(),
+                               [name](const SurveyedFunction_s& known) { return known.name == name; });
+  if (function == m_functions.end()) {
+    function = m_functions.emplace(m_functions.end());
+    function->name = name;
+  }
+  if (function->address != address) {
+    function->address = address;
+    m_lastChangeMs = HostClock::nowMs();
+    function->askFromMs = m_lastChangeMs + claimTimeMs;
+  }
+  const auto announced = m_announcedMembers.find(address);
+  if (announced != m_announcedMembers.end()) {
+    function->workingSetMembers = announced->second;
   }
 }
 
@@ -134,7 +150,8 @@ void BusSurvey_c::askNext() {
     for (std::size_t question = 0; question < surveyQuestions.size(); ++question) {
       SurveyAnswer_s& answer = m_functions[function].answers[question];
       const uint8_t address = m_functions[function].address;
-      if (answer.state != AnswerState_e::notAsked || address == nullAddress ||
+      const bool mayAsk = address != nullAddress && HostClock::nowMs() >= m_functions[function].askFromMs;
+      if (answer.state != AnswerState_e::notAsked || !mayAsk ||
           !m_node.request(*m_self, surveyQuestions[question], address)) {
         continue;
       }

@@ -29,6 +29,7 @@ constexpr std::array<uint32_t, 4> surveyQuestions = {
 struct SurveyedFunction_s {
   uint64_t name = 0;
   uint8_t address = IsoBusHost::nullAddress; // 254 once it has gone
+  uint64_t askFromMs = 0;                    // it answers nothing before its claim stands
   int workingSetMembers = -1;                // as announced by its working-set master message, -1 without one
   std::array<SurveyAnswer_s, surveyQuestions.size()> answers;
 };
@@ -68,6 +69,7 @@ private:
   void take(const IsoBusHost::IsoMessage_s& message);
   void takeAcknowledgement(const IsoBusHost::IsoMessage_s& message);
   void updateFunctions();
+  void place(uint64_t name, uint8_t address);
   void askNext();
   void finishQuestion(AnswerState_e state, std::vector<uint8_t> data = {});
   bool isOpenQuestion(uint8_t address, uint32_t pgn) const;

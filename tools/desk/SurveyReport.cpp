@@ -109,6 +109,27 @@ void printFields(std::ostream& out, const std::string& text, const std::vector<c
   }
 }
 
+// The modules of a software field, joined by '#', stand below each other.
+void printModules(std::ostream& out, const std::string& label, const std::string& field) {
+  std::istringstream modules(field);
+  std::string module;
+  bool isFirst = true;
+  while (std::getline(modules, module, '#')) {
+    printLine(out, isFirst ? label : "", printable(module));
+    isFirst = false;
+  }
+  if (isFirst) {
+    printLine(out, label, "(empty)");
+  }
+}
+
+void printSoftware(std::ostream& out, const std::string& text) {
+  const std::vector<std::string> fields = splitFields(text);
+  for (std::size_t index = 0; index < fields.size(); ++index) {
+    printModules(out, "field " + std::to_string(index + 1), fields[index]);
+  }
+}
+
 std::string asText(const std::vector<uint8_t>& data) {
   return {data.begin(), data.end()};
 }
@@ -157,7 +178,7 @@ void printFunction(std::ostream& out, const SurveyedFunction_s& function) {
   }
   if (printHeading(out, "software identification", function.answers[2])) {
     const std::string text = trimmed(function.answers[2].data);
-    printFields(out, textOfSoftwareIdentification({text.begin(), text.end()}), {});
+    printSoftware(out, textOfSoftwareIdentification({text.begin(), text.end()}));
   }
   if (printHeading(out, "compliance certification", function.answers[3])) {
     printCertification(out, function.answers[3].data);
