@@ -91,7 +91,7 @@ public:
   bool enterBus(Clock::time_point deadline) {
     while (m_state != State_e::raw && isOpen()) {
       const short events = hasUnsent() ? POLLIN | POLLOUT : POLLIN;
-      if (!waitFor(m_socket.get(), events, deadline)) {
+      if (!waitFor(m_socket.get(), events, deadline) || Clock::now() >= deadline) {
         close("the server does not answer");
       }
       flush();
