@@ -9,8 +9,8 @@
 //   - RTxD is made from the NAME, so that runs repeat.
 //   - Each claim that is sent again during contention starts the 250 ms anew.
 //   - The node answers its own global requests for address claimed like anybody else's.
-//   - A claim with a NAME of ours from somebody else: a function that is still claiming gives up without trying another
-//     address, one that has claimed defends its address like against any other violation.
+//   - A claim with a NAME of ours from somebody else, for whatever address: a function that has not claimed yet gives up
+//     without trying another address, one that has claims again as after a violation of its address.
 //   - A function that cannot claim does not try again when an address becomes free.
 #pragma once
 
@@ -81,6 +81,7 @@ private:
   void release(OwnFunction_c& function);
   void lose(OwnFunction_c& function);
   void contend(OwnFunction_c& function, uint64_t name);
+  void contendWithTwin(OwnFunction_c& function);
   void defend(OwnFunction_c& function);
   bool sendClaim(const OwnFunction_c& function);
   void sendCannotClaim(const OwnFunction_c& function);

@@ -122,20 +122,26 @@ void NetworkManagement_c::handleClaim(uint8_t source, uint64_t name) {
     forget(name);
     return;
   }
-  OwnFunction_c* holder = findHolder(source);
   OwnFunction_c* twin = findName(name);
+  if (twin != nullptr) {
+    contendWithTwin(*twin);
+  }
+  OwnFunction_c* holder = findHolder(source);
   if (holder == nullptr) {
     learn(source, name);
   } else if (holder != twin) {
     contend(*holder, name);
-  } else if (holder->m_state == ClaimState_e::claiming) {
+  }
+}
+
+// Two of one NAME must not both be on the bus: who is there stays.
+void NetworkManagement_c::contendWithTwin(OwnFunction_c& function) {
+  if (function.m_state == ClaimState_e::claiming) {
     ++m_statistics.contentionsLost;
-    learn(source, name);
-    giveUp(*holder);
+    giveUp(function);
+    return;
   }
-  if (twin != nullptr) {
-    defend(*twin);
-  }
+  defend(function);
 }
 
 void NetworkManagement_c::contend(OwnFunction_c& function, uint64_t name) {
