@@ -41,7 +41,7 @@ protected:
 };
 
 // CertificationLabType_t: the kind of laboratory that certified compliance (ISO 11783-7).
-enum CertificationLabType_t {
+enum CertificationLabType_t : uint32_t {
   CertificationLabNone = 0,
   CertificationLabAccredited = 1,
   CertificationLabReserved = 2,
