@@ -33,8 +33,6 @@ void PrintTo(const Assertion_s& assertion, std::ostream* stream) {
   *stream << assertion.function;
 }
 
-void prepareNothing(ZemoApp&) {}
-
 void bringUpWithOneIdentity(ZemoApp& app) {
   initApplication(app, 0, false);
 }
@@ -128,6 +126,10 @@ struct Index_s {
   uint32_t index;
   uint32_t identities;
 };
+
+void PrintTo(const Index_s& row, std::ostream* stream) {
+  *stream << row.name;
+}
 
 } // namespace
 
