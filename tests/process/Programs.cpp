@@ -1,0 +1,133 @@
+// The programs for the desk as their users meet them: help, wrong options, buses and files that cannot be opened.
+#include "ChildProcess.h"
+
+#include <gtest/gtest.h>
+
+using TestSupport::Ending_s;
+using TestSupport::runProgram;
+
+namespace {
+
+const std::string demo = ZEMO_BINARY_DIR "/examples/zemo-demo";
+const std::string consoleApp = ZEMO_BINARY_DIR "/examples/zemo-console-app";
+const std::string serviceTool = ZEMO_BINARY_DIR "/tools/zemo-service-tool";
+
+struct WrongUse_s {
+  const char* name;
+  std::vector<std::string> arguments;
+  int exitStatus;
+  std::string error; // the whole of standard error
+};
+
+void PrintTo(const WrongUse_s& use, std::ostream* out) {
+  *out << use.name;
+}
+
+class WrongUseOfAProgram : public testing::TestWithParam<WrongUse_s> {};
+
+TEST_P(WrongUseOfAProgram, EndsWithOneLineThatSaysWhatAndWhere) {
+  const Ending_s ending = runProgram(GetParam().arguments);
+  EXPECT_EQ(ending.exitStatus, GetParam().exitStatus);
+  EXPECT_EQ(ending.standardError, GetParam().error);
+}
+
+const std::vector<WrongUse_s> wrongUses = {
+    {"unknownOption", {demo, "--bus"}, 2, demo + ": unrecognized option '--bus'\n"},
+    {"missingArgument", {demo, "--can0"}, 2, demo + ": option '--can0' requires an argument\n"},
+    {"noOption", {demo, "can0"}, 2, "zemo-demo: 'can0' is no option; --help lists them\n"},
+    {"kindIsNoNumber", {demo, "--kind", "two"}, 2, "zemo-demo: --kind: 'two' is no whole number\n"},
+    {"kindIsTooLarge", {demo, "--kind", "2147483648"}, 2, "zemo-demo: --kind: '2147483648' is no whole number\n"},
+    {"secondsOutOfRange",
+     {demo, "--seconds", "0"},
+     2,
+     "zemo-demo: --seconds: '0' is no whole number from 1 to 86400\n"},
+    {"captureInNoFolder",
+     {demo, "--capture", "/nonexistent/demo.pcap"},
+     1,
+     "zemo-demo: /nonexistent/demo.pcap: No such file or directory\n"},
+    {"logIsAFolder", {consoleApp, "--log", "/tmp"}, 1, "zemo-console-app: /tmp: Is a directory\n"},
+    {"toolTakesNoValues", {serviceTool, "--values", "x.json"}, 2, serviceTool + ": unrecognized option '--values'\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Programs, WrongUseOfAProgram, testing::ValuesIn(wrongUses),
+                         [](const auto& use) { return use.param.name; });
+
+// Nobody listens at this port of the loopback interface.
+const std::string deadBus = "socketcand:127.0.0.1:1/can0";
+
+TEST(DemoProgram, RunsItsMainJobOnTheBusInsideTheProcess) {
+  const Ending_s ending = runProgram({demo});
+  EXPECT_EQ(ending.exitStatus, 0);
+  EXPECT_EQ(ending.standardError, "");
+  for (const char* line : {"addresses claimed         128, 129 after ", "control functions found   2\n",
+                           "8 asked, 8 answered, 0 refused, 0 without an answer\n", "none of them answers\n",
+                           "9 tractor services, which the frame never closes\n"}) {
+    EXPECT_NE(ending.standardOutput.find(line), std::string::npos) << line << "\n" << ending.standardOutput;
+  }
+}
+
+TEST(DemoProgram, RunsAsEveryApplicationKindAndWithAProprietaryBus) {
+  for (const char* kind : {"-1", "0", "1", "3", "4"}) {
+    const Ending_s ending = runProgram({demo, "--kind", kind, "--proprietary"});
+    EXPECT_EQ(ending.exitStatus, 0) << kind << "\n" << ending.standardError;
+  }
+}
+
+TEST(DemoProgram, SaysWhichBusDoesNotOpen) {
+  const Ending_s ending = runProgram({demo, "--can0", deadBus});
+  EXPECT_EQ(ending.exitStatus, 1);
+  EXPECT_NE(ending.standardOutput.find("FAILED TO INITIALIZE CAN_BUS_INSTANCE_ISOBUS\n"), std::string::npos);
+  EXPECT_EQ(ending.standardError, "zemo-demo: can0: " + deadBus + ": Connection refused\n");
+}
+
+TEST(DemoProgram, FailsWhenItIsNotDoneInTime) {
+  const Ending_s ending = runProgram({demo, "--seconds", "1"});
+  EXPECT_EQ(ending.exitStatus, 1);
+  EXPECT_EQ(ending.standardError, "zemo-demo: not done within 1 s\n");
+}
+
+TEST(DemoProgram, SaysThatACaptureIsIncomplete) {
+  const Ending_s ending = runProgram({demo, "--log", "/dev/full"});
+  EXPECT_EQ(ending.exitStatus, 1);
+  EXPECT_EQ(ending.standardError, "zemo-demo: /dev/full: not all frames could be written\n");
+}
+
+TEST(DemoProgram, PrintsItsHelp) {
+  const Ending_s ending = runProgram({demo, "--help"});
+  EXPECT_EQ(ending.exitStatus, 0);
+  EXPECT_EQ(ending.standardError, "");
+  for (const char* option :
+       {"--can0 BUS", "--can1 BUS", "--kind N", "--proprietary", "--values FILE", "--capture FILE", "--log FILE"}) {
+    EXPECT_NE(ending.standardOutput.find(option), std::string::npos) << option;
+  }
+}
+
+TEST(ServiceToolProgram, AsksForABusWhenNoneIsNamed) {
+  const Ending_s ending = runProgram({"env", "-u", "ZEMO_CAN0", serviceTool});
+  EXPECT_EQ(ending.exitStatus, 1);
+  EXPECT_EQ(ending.standardError, "zemo-service-tool: which bus? --can0 socketcan:IFACE or --can0 "
+                                  "socketcand:HOST:PORT/BUS\n");
+}
+
+TEST(ServiceToolProgram, SaysThatABusDoesNotOpen) {
+  const Ending_s ending = runProgram({serviceTool, "--can0", deadBus});
+  EXPECT_EQ(ending.exitStatus, 1);
+  EXPECT_EQ(ending.standardError, "zemo-service-tool: " + deadBus + ": Connection refused\n");
+}
+
+TEST(ServiceToolProgram, FindsNobodyOnAnEmptyBus) {
+  const Ending_s ending = runProgram({serviceTool, "--can0", "local:empty"});
+  EXPECT_EQ(ending.exitStatus, 0);
+  EXPECT_EQ(ending.standardOutput, "On local:empty, asked from address 249:\n\n"
+                                   "  Nobody else is on this bus.\n\n"
+                                   "0 control functions, 0 questions, 0 answered, 0 refused, 0 without an answer.\n");
+}
+
+TEST(ConsoleAppProgram, ClaimsRunsAndCloses) {
+  const Ending_s ending = runProgram({consoleApp, "--seconds", "1"});
+  EXPECT_EQ(ending.exitStatus, 0);
+  EXPECT_EQ(ending.standardOutput, "On the bus at addresses 128 and 129\nClosed\n");
+  EXPECT_EQ(ending.standardError, "");
+}
+
+} // namespace
