@@ -1,0 +1,109 @@
+// The documented signatures, checked by the compiler: a signature that differs does not build.
+#include "ComponentVersions_c.h"
+#include "DataStorage_c.h"
+#include "IsoText.h"
+#include "SwIdentification.h"
+#include "ZemoApp.h"
+
+#include <type_traits>
+
+using __IsoAgLib::ZemoApp;
+using __IsoAgLib::ZemoAppType_e;
+
+namespace {
+
+using Byte_t = unsigned char;
+using VersionFunctions_t = std::vector<const char* (*)()>;
+
+// is<Expected>(&function): exactly this type, no conversion.
+template <class Expected_t, class Actual_t>
+constexpr bool is(Actual_t) {
+  return std::is_same<Expected_t, Actual_t>::value;
+}
+
+// The application frame.
+static_assert(is<bool (ZemoApp::*)(ZemoAppType_e, std::string&, Byte_t, Byte_t, Byte_t, Byte_t, Byte_t, Byte_t, Byte_t,
+                                   bool, bool)>(&ZemoApp::init),
+              "ZemoApp::init");
+static_assert(is<bool (ZemoApp::*)(bool)>(&ZemoApp::initIsoAglib), "ZemoApp::initIsoAglib");
+static_assert(is<bool (ZemoApp::*)()>(&ZemoApp::commonInit), "ZemoApp::commonInit");
+static_assert(is<void (ZemoApp::*)()>(&ZemoApp::close), "ZemoApp::close");
+static_assert(is<void (ZemoApp::*)()>(&ZemoApp::commonClose), "ZemoApp::commonClose");
+static_assert(is<bool (ZemoApp::*)()>(&ZemoApp::initTractorFunctions), "ZemoApp::initTractorFunctions");
+static_assert(is<void (ZemoApp::*)()>(&ZemoApp::closeTractorFunctions), "ZemoApp::closeTractorFunctions");
+static_assert(is<bool (ZemoApp::*)()>(&ZemoApp::initTaskControllerFunctions), "ZemoApp::initTaskControllerFunctions");
+static_assert(is<void (ZemoApp::*)()>(&ZemoApp::closeTaskControllerFunctions), "ZemoApp::closeTaskControllerFunctions");
+static_assert(is<bool (ZemoApp::*)()>(&ZemoApp::initVtClientFunctions), "ZemoApp::initVtClientFunctions");
+static_assert(is<void (ZemoApp::*)()>(&ZemoApp::closeVtClientFunctions), "ZemoApp::closeVtClientFunctions");
+static_assert(is<bool (ZemoApp::*)()>(&ZemoApp::initVtServerFunctions), "ZemoApp::initVtServerFunctions");
+static_assert(is<void (ZemoApp::*)()>(&ZemoApp::closeVtServerFunctions), "ZemoApp::closeVtServerFunctions");
+static_assert(is<bool (ZemoApp::*)(std::string&, Byte_t, Byte_t, Byte_t, Byte_t, Byte_t, Byte_t, Byte_t, bool)>(
+                  &ZemoApp::addIdentity),
+              "ZemoApp::addIdentity");
+static_assert(is<ComponentIdentity_c& (ZemoApp::*)(uint32_t)>(&ZemoApp::getComponentIdentity),
+              "ZemoApp::getComponentIdentity");
+static_assert(is<uint32_t (ZemoApp::*)(uint32_t)>(&ZemoApp::getSerialNumber), "ZemoApp::getSerialNumber");
+static_assert(is<DataStorage_c* (ZemoApp::*)(uint32_t)>(&ZemoApp::getDataStorage), "ZemoApp::getDataStorage");
+static_assert(is<IsoAgLib::iIdentItem_c* (ZemoApp::*)(uint32_t)>(&ZemoApp::getMyIdent), "ZemoApp::getMyIdent");
+static_assert(is<void (*)(bool, std::string&)>(&ZemoApp::getSetProductVin), "ZemoApp::getSetProductVin");
+static_assert(is<uint8_t (*)()>(&ZemoApp::getVirtualTerminalVersion), "ZemoApp::getVirtualTerminalVersion");
+static_assert(is<void (*)(std::string)>(&ZemoApp::setIsoAgLibEepromFile), "ZemoApp::setIsoAgLibEepromFile");
+static_assert(is<const char* (*)()>(&__IsoAgLib::getZemoEepromFileName), "getZemoEepromFileName");
+static_assert(is<int (*)()>(&__IsoAgLib::getConnectAllowedVtServerType), "getConnectAllowedVtServerType");
+
+// The application kind: a signed number of 32 bits whose values matter.
+static_assert(sizeof(ZemoAppType_e) == 4, "ZemoAppType_e");
+static_assert(std::is_same<std::underlying_type<ZemoAppType_e>::type, int32_t>::value, "ZemoAppType_e");
+static_assert(static_cast<ZemoAppType_e>(-1) < static_cast<ZemoAppType_e>(0), "ZemoAppType_e");
+
+// Component identity.
+static_assert(is<bool (ComponentIdentity_c::*)(std::string&, uint8_t, uint8_t, uint8_t, uint8_t, uint8_t, uint8_t,
+                                               uint8_t, bool, int8_t, uint8_t)>(&ComponentIdentity_c::init),
+              "ComponentIdentity_c::init");
+static_assert(is<uint32_t (ComponentIdentity_c::*)()>(&ComponentIdentity_c::initSerialNumber),
+              "ComponentIdentity_c::initSerialNumber");
+static_assert(is<uint32_t (ComponentIdentity_c::*)()>(&ComponentIdentity_c::getSerialNumber),
+              "ComponentIdentity_c::getSerialNumber");
+static_assert(is<DataStorage_c* (ComponentIdentity_c::*)()>(&ComponentIdentity_c::getDataStorage),
+              "ComponentIdentity_c::getDataStorage");
+static_assert(is<IsoAgLib::iIdentItem_c* (ComponentIdentity_c::*)()>(&ComponentIdentity_c::getMyIdent),
+              "ComponentIdentity_c::getMyIdent");
+static_assert(is<uint32_t (*)(char*)>(&convertSerialNumberTo21Bits), "convertSerialNumberTo21Bits");
+
+// Data storage.
+static_assert(std::is_constructible<DataStorage_c, uint8_t>::value, "DataStorage_c");
+static_assert(is<uint8_t (DataStorage_c::*)()>(&DataStorage_c::loadSa), "DataStorage_c::loadSa");
+static_assert(is<void (DataStorage_c::*)(uint8_t)>(&DataStorage_c::storeSa), "DataStorage_c::storeSa");
+static_assert(std::is_base_of<IsoAgLib::iIdentDataStorage_c, DataStorage_c>::value, "DataStorage_c");
+static_assert(std::is_base_of<IsoAgLib::iVtClientDataStorage_c, DataStorage_c>::value, "DataStorage_c");
+
+// Component versions.
+static_assert(is<void (ComponentVersions_c::*)()>(&ComponentVersions_c::init), "ComponentVersions_c::init");
+static_assert(is<void (ComponentVersions_c::*)(const std::string&)>(&ComponentVersions_c::setSoftwareVersion),
+              "ComponentVersions_c::setSoftwareVersion");
+static_assert(is<std::string (ComponentVersions_c::*)()>(&ComponentVersions_c::getSoftwareVersion),
+              "ComponentVersions_c::getSoftwareVersion");
+static_assert(is<std::string (ComponentVersions_c::*)()>(&ComponentVersions_c::getBootLoaderVersion),
+              "ComponentVersions_c::getBootLoaderVersion");
+static_assert(is<std::string (ComponentVersions_c::*)()>(&ComponentVersions_c::getOSVersion),
+              "ComponentVersions_c::getOSVersion");
+static_assert(is<std::string (ComponentVersions_c::*)()>(&ComponentVersions_c::getSerialNumber),
+              "ComponentVersions_c::getSerialNumber");
+static_assert(is<std::string (ComponentVersions_c::*)()>(&ComponentVersions_c::getZemoPartNumber),
+              "ComponentVersions_c::getZemoPartNumber");
+static_assert(is<int (ComponentVersions_c::*)()>(&ComponentVersions_c::getVehicleCode),
+              "ComponentVersions_c::getVehicleCode");
+
+// Software identification strings.
+static_assert(is<const char* (*)()>(&getUtilsVersion), "getUtilsVersion");
+static_assert(is<int (*)()>(&GetHardwareRevision), "GetHardwareRevision");
+static_assert(is<std::string (*)(const VersionFunctions_t*)>(&__IsoAgLib::stringizeWithMaxZEMOLibVersion),
+              "stringizeWithMaxZEMOLibVersion");
+static_assert(is<std::string (*)(std::string, const VersionFunctions_t*)>(&__IsoAgLib::formatAppSwIdentification),
+              "formatAppSwIdentification");
+
+// Diagnostic text.
+static_assert(is<std::string (*)(const __IsoAgLib::IsoName_c&)>(&IsoNameToString), "IsoNameToString");
+static_assert(is<std::string (*)(const __IsoAgLib::CanPkg_c&)>(&CanPkgToString), "CanPkgToString");
+
+} // namespace
