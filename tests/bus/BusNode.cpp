@@ -218,6 +218,16 @@ TEST_F(BusNode, RefusesAMessageThatThePortDoesNotTake) {
   EXPECT_FALSE(isTold);
 }
 
+TEST_F(BusNode, SendsInTheNextPollWhatTheBusDidNotTake) {
+  wire.setBusy(true);
+  EXPECT_TRUE(node.send(*function, messageOf(0xFF00, 0xFF, "01")));
+  node.poll();
+  EXPECT_EQ(wire.take(), Frames{});
+  wire.setBusy(false);
+  node.poll();
+  EXPECT_EQ(wire.take(), Frames{"18FF0080 01"});
+}
+
 TEST_F(BusNode, TellsThatAShortMessageIsDoneInTheNextPoll) {
   std::vector<bool> done;
   EXPECT_TRUE(node.send(*function, messageOf(0xFF00, 0xFF, "01"), [&done](bool sent) { done.push_back(sent); }));
@@ -325,6 +335,26 @@ TEST_F(BusNode, LetsAFunctionRemoveItselfWhenItIsClaimed) {
   other = node.add(settings);
   run(250);
   EXPECT_EQ(wire.take(), (Frames{"18EEFF81 " + second, "18EEFF82 " + third}));
+}
+
+TEST_F(BusNode, TellsAnAddressToTheFunctionThatHasItNow) {
+  std::string told;
+  OwnFunction_c* replaced = nullptr;
+  FunctionSettings_s replacer = settingsOf(second, 0x81);
+  replacer.onClaimed = [&](uint8_t) {
+    FunctionSettings_s late = settingsOf(fixedFirst, 0x82);
+    late.onClaimed = [&told](uint8_t) { told += "late "; };
+    node.remove(replaced);
+    node.add(late);
+    HostClock::advanceMs(250);
+    node.poll();
+  };
+  FunctionSettings_s early = settingsOf(third, 0x82);
+  early.onClaimed = [&told](uint8_t) { told += "early "; };
+  node.add(replacer);
+  replaced = node.add(early);
+  run(250);
+  EXPECT_EQ(told, "late ");
 }
 
 TEST_F(BusNode, SwitchesItselfOffFromAHandler) {

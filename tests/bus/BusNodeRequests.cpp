@@ -153,12 +153,19 @@ TEST_F(BusNodeRequests, AreNotAnsweredWithTheServiceOff) {
 }
 
 TEST_F(BusNodeRequests, AreNotAnsweredByAFunctionThatIsStillClaiming) {
-  node.add(settingsWith(third, 0x82, {{0xFD42, "01"}}));
+  bool isAsked = false;
+  FunctionSettings_s settings = settingsOf(third, 0x82);
+  settings.answer = [&isAsked](uint32_t) {
+    isAsked = true;
+    return std::make_optional(bytesOf("01"));
+  };
+  node.add(settings);
   wire.take();
   say("18EA8226 42 FD 00");
   EXPECT_EQ(wire.take(), Frames{});
   say("18EAFF26 42 FD 00");
   EXPECT_EQ(wire.take().size(), 2U);
+  EXPECT_FALSE(isAsked);
 }
 
 TEST_F(BusNodeRequests, MayRemoveTheFunctionThatIsAsked) {
@@ -280,6 +287,16 @@ TEST_F(BusNodeWorkingSets, AreNotAnnouncedWithTheServiceOff) {
   EXPECT_EQ(wire.take(), Frames{"18E8FF80 01 FF FF FF 26 0D FE 00"});
   node.setWorkingSets(true);
   EXPECT_EQ(wire.take(), Frames{"1CFE0D80 02 FF FF FF FF FF FF FF"});
+}
+
+TEST_F(BusNodeWorkingSets, EndWithTheService) {
+  addMaster(2, {second, third});
+  run(500);
+  wire.take();
+  node.setWorkingSets(false);
+  run(1000);
+  EXPECT_EQ(wire.take(), Frames{});
+  EXPECT_EQ(node.nextDueMs(), never);
 }
 
 TEST_F(BusNodeWorkingSets, AreAnnouncedWhenAskedFor) {

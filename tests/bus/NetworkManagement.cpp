@@ -167,6 +167,31 @@ TEST_F(NetworkManagement, SwitchedOffForgetsAddressesAndSwitchedOnClaimsAgain) {
   EXPECT_EQ(function->state(), ClaimState_e::claimed);
 }
 
+TEST_F(NetworkManagement, ClaimsTheAddressThatItHadLastWhenSwitchedOnAgain) {
+  start(station);
+  say(claimOf("80", first));
+  const OwnFunction_c* function = add(station, second, 0x80);
+  settleIn();
+  ASSERT_EQ(function->address(), 0x81);
+  node.setNetworkManagement(false);
+  node.setNetworkManagement(true);
+  run(250);
+  EXPECT_EQ(function->address(), 0x81);
+}
+
+TEST_F(NetworkManagement, IsNotNeededWhileItIsOff) {
+  node.setRequestPeriodMs(100);
+  EXPECT_EQ(node.nextDueMs(), never);
+}
+
+TEST_F(NetworkManagement, CountsItsClaims) {
+  start(station);
+  add(station, first, 0x80);
+  settleIn();
+  say("18EAFFFE 00 EE 00");
+  EXPECT_EQ(node.statistics().claimsSent, 2U);
+}
+
 // --- Choosing an address
 
 TEST_F(NetworkManagement, TakesTheFirstFreeAddressFrom128OnWithoutAPreferredOne) {
@@ -203,6 +228,15 @@ TEST_F(NetworkManagement, ContendsForAKnownAddressOfAHigherName) {
   wire.take();
   run(250);
   EXPECT_EQ(wire.take(), Frames{claimOf("26", second)});
+  EXPECT_TRUE(node.others().empty());
+}
+
+TEST_F(NetworkManagement, PassesOverAnAddressThatItsOwnNameWasClaimedFor) {
+  start(station);
+  say(claimOf("26", first));
+  const OwnFunction_c* function = add(station, first, 0x26);
+  run(250);
+  EXPECT_EQ(function->address(), 0x80);
 }
 
 TEST_F(NetworkManagement, CannotClaimAKnownAddressOfALowerNameWhenItsAddressIsFixed) {
@@ -269,6 +303,20 @@ TEST_F(NetworkManagement, LetsAnOwnFunctionOfLowerNameTakeAClaimedAddress) {
   EXPECT_EQ(wire.take(), (Frames{claimOf("26", fixedFirst), claimOf("FE", fixedSecond)}));
   EXPECT_EQ(winner->state(), ClaimState_e::claimed);
   EXPECT_EQ(loser->state(), ClaimState_e::cannotClaim);
+}
+
+TEST_F(NetworkManagement, LeavesAnOwnFunctionAloneUntilTheClaimForItsAddressIsOut) {
+  start(station);
+  const OwnFunction_c* holder = add(station, second, 0x26);
+  settleIn();
+  wire.setBroken(true);
+  const OwnFunction_c* taker = add(station, first, 0x26);
+  EXPECT_EQ(holder->state(), ClaimState_e::claimed);
+  EXPECT_EQ(holder->address(), 0x26);
+  wire.setBroken(false);
+  run(50);
+  EXPECT_EQ(taker->address(), 0x26);
+  EXPECT_EQ(holder->address(), 0x80);
 }
 
 // --- The table of the others

@@ -18,6 +18,18 @@ TEST_F(NetworkManagementContention, WinsAgainstAHigherNameByClaimingAgain) {
   EXPECT_TRUE(node.others().empty());
 }
 
+TEST_F(NetworkManagementContention, WonAfterTheAddressIsClaimedIsNoNewBeginning) {
+  int claimed = 0;
+  start(station);
+  FunctionSettings_s settings = settingsOf(first, 0x80);
+  settings.onClaimed = [&claimed](uint8_t) { ++claimed; };
+  node.add(settings);
+  settleIn();
+  say(claimOf("80", second));
+  run(1000);
+  EXPECT_EQ(claimed, 1);
+}
+
 TEST_F(NetworkManagementContention, WaitsAnewAfterAContentionWhileClaiming) {
   start(station);
   const OwnFunction_c* function = add(station, first, 0x80);
@@ -179,6 +191,17 @@ TEST_F(NetworkManagementContention, TwoNodesOfOneNameDoNotBounceTheirClaims) {
   EXPECT_EQ(function->state(), ClaimState_e::claimed);
   EXPECT_EQ(late->state(), ClaimState_e::cannotClaim);
   EXPECT_EQ(wire.take(), (Frames{"18EAFFFE 00 EE 00", claimOf("80", first), claimOf("FE", first)}));
+}
+
+TEST_F(NetworkManagementContention, WithItsOwnNameIsAnsweredNowAndThen) {
+  start(station);
+  add(station, first, 0x80);
+  settleIn();
+  for (int i = 0; i < 100; ++i) {
+    say(claimOf("80", first));
+  }
+  EXPECT_EQ(wire.take(), Frames{claimOf("80", first)});
+  EXPECT_EQ(node.statistics().contentionsWon, 0U);
 }
 
 TEST_F(NetworkManagementContention, GivesUpBeforeItClaimsWhenItsNameIsThere) {

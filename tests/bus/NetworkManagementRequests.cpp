@@ -55,6 +55,20 @@ TEST_F(NetworkManagementRequest, AnswersThatItCannotClaim) {
   EXPECT_EQ(wire.take(), Frames{});
 }
 
+TEST_F(NetworkManagementRequest, AnswersThatItCannotClaimAfterTheRandomDelayOnce) {
+  const std::string fixedSlowest = "00 00 00 00 00 DF 00 20"; // RTxD 153 ms
+  start(station);
+  add(station, fixedSlowest, 255);
+  settleIn();
+  say("18EAFF26 00 EE 00");
+  run(100);
+  say("18EAFF26 00 EE 00");
+  run(52);
+  EXPECT_EQ(wire.take(), Frames{});
+  run(1000);
+  EXPECT_EQ(wire.take(), Frames{claimOf("FE", fixedSlowest)});
+}
+
 TEST_F(NetworkManagementRequest, AsksAgainAndAgainWithAPeriod) {
   start(station);
   node.setRequestPeriodMs(1000);
@@ -125,6 +139,18 @@ TEST_F(NetworkManagementViolation, AnswersARequestForAddressClaimedFromADoubleOn
   EXPECT_EQ(wire.take(), Frames{claimOf("80", first)});
 }
 
+TEST_F(NetworkManagementViolation, OfANewAddressIsAnsweredAtOnce) {
+  start(station);
+  add(station, second, 0x80);
+  settleIn();
+  say("18FF0080 01 02");
+  say(claimOf("80", first));
+  run(250);
+  wire.take();
+  say("18FF0081 01 02");
+  EXPECT_EQ(wire.take(), Frames{claimOf("81", second)});
+}
+
 TEST_F(NetworkManagementViolation, HearsNothingFromADouble) {
   int heard = 0;
   node.onMessage([&heard](const IsoMessage_s&) { ++heard; });
@@ -193,6 +219,14 @@ TEST_F(NetworkManagementCommand, ForTheAddressThatItHasIsAnsweredWithTheClaimOnl
   command(first, "80");
   EXPECT_EQ(wire.take(), Frames{claimOf("80", first)});
   EXPECT_EQ(function->state(), ClaimState_e::claimed);
+}
+
+TEST_F(NetworkManagementCommand, BeforeTheClaimChangesTheAddressToClaim) {
+  add(station, first, 0x80);
+  wire.take();
+  command(first, "90");
+  run(1000);
+  EXPECT_EQ(wire.takeTimed(), Frames{"250 " + claimOf("90", first)});
 }
 
 TEST_F(NetworkManagementCommand, GivesAnAddressToAFunctionThatCouldNotClaim) {

@@ -118,7 +118,7 @@ void Wire_c::say(const CanFrame_s& frame) {
 }
 
 bool Wire_c::carry(const CanFrame_s& frame, const End_c* from) {
-  if (m_bBroken) {
+  if (m_bBroken || m_bBusy) {
     return false;
   }
   m_sent.push_back(textOf(frame));

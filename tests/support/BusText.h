@@ -45,8 +45,9 @@ public:
   // takeTimed: the same, each with the milliseconds since the wire was made in front: "250 18EEFF80 ...".
   Frames takeTimed();
 
-  // setBroken: no end can send while it is broken.
+  // setBroken: no end is open while it is broken. setBusy: no end can send while it is busy.
   void setBroken(bool broken) { m_bBroken = broken; }
+  void setBusy(bool busy) { m_bBusy = busy; }
 
   uint64_t elapsedMs() const { return IsoBusHost::HostClock::nowMs() - m_startMs; }
 
@@ -59,6 +60,7 @@ private:
   Frames m_timed;
   uint64_t m_startMs;
   bool m_bBroken = false;
+  bool m_bBusy = false;
 };
 
 // Station_s: one node on a wire.

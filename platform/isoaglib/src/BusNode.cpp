@@ -62,10 +62,7 @@ BusNode_c::BusNode_c(CanPort_c& port)
       m_transportProtocol(TransportProtocol_c::Callbacks_s{
           [this](const CanFrame_s& frame) { return m_port.send(frame); },
           [this](const IsoMessage_s& message) { m_deferred.push_back([this, message] { deliver(message); }); },
-          [this](uint8_t address) { return m_networkManagement->findClaimed(address) != nullptr; }}) {
-  m_transportProtocol.setReceiving(false);
-  m_transportProtocol.setSending(false);
-}
+          [this](uint8_t address) { return m_networkManagement->findClaimed(address) != nullptr; }}) {}
 
 BusNode_c::~BusNode_c() = default;
 
