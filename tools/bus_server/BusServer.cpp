@@ -19,6 +19,7 @@ namespace {
 
 constexpr std::chrono::milliseconds holdAfterRawMode{20};
 constexpr std::chrono::milliseconds longestLeaving{1000};
+constexpr int sendBuffer = 131072; // bytes; left alone it grows to megabytes for each client that does not read
 
 bool isPassing(int reason) {
   return reason == EAGAIN || reason == EWOULDBLOCK || reason == EINTR;
@@ -132,13 +133,13 @@ bool BusServer_c::acceptClient() {
   FileDescriptor_c socket(accept4(m_listener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
   if (!socket.isOpen()) {
     if (errno == EMFILE || errno == ENFILE) {
-      refuseForWantOfDescriptors();
-      return true;
+      return refuseForWantOfDescriptors();
     }
     return errno == ECONNABORTED || errno == EINTR;
   }
   const int on = 1;
   setsockopt(socket.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  setsockopt(socket.get(), SOL_SOCKET, SO_SNDBUF, &sendBuffer, sizeof sendBuffer);
   if (m_clients.size() >= mostClients) {
     constexpr char tooMany[] = "< error too many clients >";
     send(socket.get(), tooMany, sizeof tooMany - 1, MSG_NOSIGNAL);
@@ -153,11 +154,14 @@ bool BusServer_c::acceptClient() {
 }
 
 // A client that cannot be accepted would keep the listener readable for ever.
-void BusServer_c::refuseForWantOfDescriptors() {
+bool BusServer_c::refuseForWantOfDescriptors() {
   m_spare.close();
-  const FileDescriptor_c socket(accept(m_listener.get(), nullptr, nullptr));
-  ++m_counters.refused;
+  FileDescriptor_c socket(accept(m_listener.get(), nullptr, nullptr));
+  const bool somebodyWaited = socket.isOpen();
+  socket.close();
   m_spare = openSpare();
+  m_counters.refused += somebodyWaited ? 1 : 0;
+  return somebodyWaited;
 }
 
 void BusServer_c::serve(Client_s& client) {

@@ -67,7 +67,7 @@ private:
   int waitMs() const;
   void acceptClients();
   bool acceptClient();
-  void refuseForWantOfDescriptors();
+  bool refuseForWantOfDescriptors();
   void serve(Client_s& client);
   void discard(Client_s& client);
   void write(Client_s& client);
