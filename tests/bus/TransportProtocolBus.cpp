@@ -64,6 +64,10 @@ Station_c::Station_c(std::set<uint8_t> addresses)
 }
 
 bool Station_c::take(const CanFrame_s& frame) {
+  if (busRefuses > 0) {
+    --busRefuses;
+    return false;
+  }
   if (busTakes == 0) {
     return false;
   }

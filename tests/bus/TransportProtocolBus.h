@@ -44,7 +44,8 @@ public:
   IsoBusHost::TransportProtocolStatistics_s statistics() const { return protocol.statistics(); }
 
   std::set<uint8_t> own;
-  std::size_t busTakes = SIZE_MAX; // frames that the bus takes until it is set anew
+  std::size_t busRefuses = 0;      // frames that the bus does not take next
+  std::size_t busTakes = SIZE_MAX; // frames that it takes then, until it is set anew
   std::deque<IsoBusHost::CanFrame_s> sent;
   std::vector<IsoBusHost::IsoMessage_s> delivered;
   std::vector<bool> results;

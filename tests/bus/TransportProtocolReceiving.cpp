@@ -192,6 +192,12 @@ TEST_F(TransportReceiving, DoesNotAskForAPacketThatComesLateButInTime) {
   EXPECT_THAT(station.hear({packet(16), packet(15)}), ElementsAre(clearToSend(4, 17)));
 }
 
+TEST_F(TransportReceiving, TakesALatePacketOfAnEarlierClearToSend) {
+  station.hear({requestToSend(7 * 8, 8)});
+  EXPECT_THAT(station.hear({packet(2), packet(5), packet(8)}), ElementsAre(clearToSend(1, 1)));
+  EXPECT_THAT(station.hear({packet(3), packet(1)}), ElementsAre(clearToSend(1, 4)));
+}
+
 TEST_F(TransportReceiving, IsEnded1250MsAfterARepeatedClearToSendWithoutAPacket) {
   station.hear({requestToSend(21, 3)});
   EXPECT_THAT(station.hear({packet(1), packet(3)}), ElementsAre(clearToSend(1, 2)));

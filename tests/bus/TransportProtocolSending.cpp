@@ -298,6 +298,13 @@ TEST_F(TransportSending, RepeatsWhatTheBusDoesNotTakeWithoutLossInTheSameOrder) 
   EXPECT_THAT(all, ElementsAre(rts17, "1CEC8027 10 11 00 03 FF 00 E7 00", data1, data2, data3));
 }
 
+TEST_F(TransportSending, SendsNothingMoreInARoundInWhichTheBusDidNotTakeAFrame) {
+  ASSERT_TRUE(station.send(makeMessage(0x27, 0x80, 17)));
+  station.busRefuses = 1;
+  EXPECT_THAT(station.workAfter(0), IsEmpty()) << "the second request would go before the first";
+  EXPECT_THAT(station.workAfter(1), ElementsAre(rts17, "1CEC8027 10 11 00 03 FF 00 E7 00"));
+}
+
 TEST_F(TransportSending, StartsItsTimeoutWhenTheBusHasTakenTheRequest) {
   station.busTakes = 0;
   EXPECT_THAT(station.workAfter(5000), IsEmpty());

@@ -105,9 +105,10 @@ uint32_t controlPgn(const CanFrame_s& frame) {
   return frame.data[5] + (uint32_t{frame.data[6]} << 8U) + (uint32_t{frame.data[7]} << 16U);
 }
 
+// More than 1785 bytes take more packets than the byte for their number can say.
 bool hasPossibleSize(const CanFrame_s& announce) {
   const unsigned int size = controlSize(announce);
-  return size >= tpMinBytes && size <= TransportProtocol_c::maxBytes && controlPackets(announce) == tpPackets(size);
+  return size >= tpMinBytes && controlPackets(announce) == tpPackets(size);
 }
 
 TransportOutlet_c::TransportOutlet_c(std::function<bool(const CanFrame_s&)> sendFrame)
