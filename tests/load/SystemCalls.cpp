@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <linux/net.h>
 #include <stdexcept>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
@@ -90,6 +91,11 @@ void note(SystemCalls_s& calls, pid_t child, uint64_t number, const __uint64_t* 
   case SYS_socket:
     ++calls.sockets;
     return;
+#ifdef SYS_socketcall
+  case SYS_socketcall:
+    calls.sockets += arguments[0] == SYS_SOCKET ? 1 : 0;
+    return;
+#endif
   default:
     return;
   }
