@@ -1,15 +1,19 @@
-""
-    "What the tests of the installed package have in common: the build that is tested, and how to build on it.
+"""What the tests of the installed package have in common: the build that is tested, and how to build on it.
 
-    A test is a program : python3 test_NAME.py BUILD_FOLDER
-                              .""
-                               "
+A test is a program: python3 test_NAME.py BUILD_FOLDER.
+"""
 
-                          import os import shlex import subprocess import sys import tempfile import unittest
+import os
+import shlex
+import subprocess
+import sys
+import tempfile
+import unittest
 
-                              sys.dont_write_bytecode = True BUILD_FOLDER =
-    os.path.abspath(sys.argv[1] if len (sys.argv) > 1 else ".") INTERFACE_FOLDER =
-        os.path.dirname(os.path.abspath(__file__)) LONGEST_WAIT = 300 #seconds; reached only where a test hangs
+sys.dont_write_bytecode = True
+BUILD_FOLDER = os.path.abspath(sys.argv[1] if len(sys.argv) > 1 else ".")
+INTERFACE_FOLDER = os.path.dirname(os.path.abspath(__file__))
+LONGEST_WAIT = 300  # seconds; reached only where a test hangs
 
 
 def read_cache():
@@ -26,7 +30,7 @@ CACHE = read_cache()
 SOURCE_FOLDER = CACHE["CMAKE_HOME_DIRECTORY"]
 LIBRARY_FOLDER = CACHE.get("CMAKE_INSTALL_LIBDIR", "lib")
 COMPILER_FLAGS = shlex.split(CACHE.get("CMAKE_CXX_FLAGS", ""))
-#The options with which every CMake build of a test meets the tested one.
+# The options with which every CMake build of a test meets the tested one.
 SAME_COMPILER = [f"-D{name}={CACHE[name]}" for name in (
     "CMAKE_CXX_COMPILER", "CMAKE_CXX_FLAGS", "CMAKE_C_FLAGS", "CMAKE_BUILD_TYPE", "CMAKE_CXX_COMPILER_LAUNCHER",
     "CMAKE_INSTALL_LIBDIR") if name in CACHE]
