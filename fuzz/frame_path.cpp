@@ -113,7 +113,12 @@ public:
     m_node.onMessage([this](const IsoMessage_s& message) { check(message); });
     add(0xA000000000000001ULL, 0x80);
     add(0x2000000000000002ULL, 0x26);
-    run(300); // the claims stand
+    for (int round = 0; round < 10; ++round) {
+      run(100);
+    }
+    for (const OwnFunction_c* function : m_functions) {
+      require(function->state() == ClaimState_e::claimed);
+    }
   }
 
   void step(Input_c& input) {

@@ -54,7 +54,7 @@ SEEDS = {
     "receive_broadcast": management(PEER, ALL, "20 09 00 02 FF DA FE 00") + data(PEER, ALL, "01 01 02 03 04 05 06 07")
     + pause(50) + data(PEER, ALL, "02 08 09 FF FF FF FF FF") + pause(1),
     "commanded_address": management(PEER, ALL, "20 09 00 02 FF D8 FE 00") + data(PEER, ALL, "01 01 00 00 00 00 00 00")
-    + pause(50) + data(PEER, ALL, "02 A0 90 FF FF FF FF FF") + pause(300),
+    + pause(50) + data(PEER, ALL, "02 A0 90 FF FF FF FF FF") + pause(300) + pause(300),
     "send_directed": message(0, PEER, 17) + pause(1) + management(PEER, FIRST, "11 02 01 FF FF 00 EF 00") + pause(1)
     + management(PEER, FIRST, "11 00 FF FF FF 00 EF 00") + pause(1000)
     + management(PEER, FIRST, "11 01 03 FF FF 00 EF 00") + pause(1)
@@ -70,7 +70,7 @@ SEEDS = {
     + management(PEER, FIRST, "13 28 00 06 FF DA FE 00") + request(PEER, ALL, 0xFEDA) + pause(500)
     + request(PEER, SECOND, 0xFDC5) + request(254, ALL, 0xEE00) + pause(10),
     "contention": message(0, PEER, 100) + message(1, PEER, 100) + pause(1) + claim(0x80, 1) + pause(1) + claim(0x26, 1)
-    + pause(300) + claim(0x90, 0x10) + pause(2000),
+    + pause(200) + pause(200) + pause(300) + claim(0x90, 0x10) + pause(2000),
     "malformed": any_frame(0x1CEC8090, "10 11 00") + any_frame(0x18EEFF90, "01") + any_frame(0x18EA8090, "")
     + any_frame(0x800007E0, "FF" * 8) + management(PEER, FIRST, "10 FF FF FF 00 FF FF FF")
     + data(PEER, FIRST, "00" * 8) + management(254, FIRST, "10 11 00 03 FF 00 E7 00") + pause(1),
