@@ -41,7 +41,7 @@ void waitForFrames(const CanPort_c& port, uint64_t dueMs) {
   const uint64_t nowMs = HostClock::nowMs();
   const uint64_t waitMs = dueMs > nowMs ? std::min(dueMs - nowMs, longestWaitMs) : 0;
   pollfd descriptor = {port.transport().descriptor(), POLLIN, 0};
-  if (port.hasUnsent()) {
+  if (port.transport().hasUnsent()) {
     descriptor.events |= POLLOUT;
   }
   poll(&descriptor, 1, static_cast<int>(waitMs));

@@ -34,6 +34,10 @@ public:
 
   bool hasPending() const;
   bool hasUnsent() const;
+
+  // isBlocked: whether frames wait that the transport does not take. Its descriptor may be writable all the same (a CAN
+  // interface that is down or full): try again after a while rather than wait for the descriptor.
+  bool isBlocked() const { return !m_queue.empty(); }
   CanTransport_c& transport() { return *m_transport; }
   const CanTransport_c& transport() const { return *m_transport; }
 

@@ -66,10 +66,16 @@ void Scheduler_c::close() {
 namespace {
 
 constexpr int longestWaitMs = 1000;
+constexpr int blockedWaitMs = 10; // what is due meanwhile could not be sent either
 
 bool hasPendingFrames() {
   const auto& ports = hostState().ports;
   return std::any_of(ports.begin(), ports.end(), [](const auto& port) { return port && port->hasPending(); });
+}
+
+bool isAnyBusBlocked() {
+  const auto& ports = hostState().ports;
+  return std::any_of(ports.begin(), ports.end(), [](const auto& port) { return port && port->isBlocked(); });
 }
 
 // The proprietary bus has no protocol of ours: its frames are taken, so that observers see them, and dropped.
@@ -110,7 +116,13 @@ int Scheduler_c::runDueWork() {
   drainProprietaryBus();
   reportLostBuses();
   const uint64_t nowMs = HostClock::nowMs();
-  if (hasPendingFrames() || nextDueMs <= nowMs) {
+  if (hasPendingFrames()) {
+    return 0;
+  }
+  if (isAnyBusBlocked()) {
+    return blockedWaitMs;
+  }
+  if (nextDueMs <= nowMs) {
     return 0;
   }
   return static_cast<int>(std::min<uint64_t>(nextDueMs - nowMs, longestWaitMs));

@@ -167,7 +167,7 @@ std::vector<pollfd> pollDescriptors() {
     if (!port || !port->transport().isOpen() || port->transport().descriptor() < 0) {
       continue;
     }
-    const short events = port->hasUnsent() ? POLLIN | POLLOUT : POLLIN;
+    const short events = port->transport().hasUnsent() ? POLLIN | POLLOUT : POLLIN;
     descriptors.push_back({port->transport().descriptor(), events, 0});
   }
   return descriptors;
