@@ -86,6 +86,15 @@ void drainProprietaryBus() {
   }
 }
 
+// Nothing can be sent any more: the control functions lose their addresses, and nobody tries again and again.
+void leaveLostBus(unsigned int instance) {
+  detachAll(instance);
+  if (nodeOf(instance) != nullptr) {
+    nodeOf(instance)->setMultiSend(false);
+    nodeOf(instance)->setNetworkManagement(false);
+  }
+}
+
 void reportLostBuses() {
   for (unsigned int instance = 0; instance < canInstances; ++instance) {
     CanPort_c* port = hostState().ports[instance].get();
@@ -93,6 +102,7 @@ void reportLostBuses() {
       continue;
     }
     hostState().lossReported[instance] = true;
+    leaveLostBus(instance);
     reportError("CAN instance " + std::to_string(instance) + ": " + port->transport().error());
   }
 }
