@@ -1,11 +1,14 @@
-// A frame of Linux's PF_CAN raw sockets and its reading.
+// A frame of Linux's PF_CAN raw sockets and its reading, and the transport on such a socket.
 #pragma once
 
-#include "CanFrame.h"
+#include "CanTransport.h"
+#include "FileDescriptor.h"
 
 #include <cstddef>
 #include <linux/can.h>
+#include <memory>
 #include <optional>
+#include <string>
 
 namespace IsoBusHost {
 
@@ -16,5 +19,10 @@ namespace IsoBusHost {
 std::optional<CanFrame_s> fromSocketCan(const can_frame& raw, size_t size);
 
 can_frame toSocketCan(const CanFrame_s& frame);
+
+// adoptSocketCan: sends and receives through a socket that is ready: bound, up, and not waiting.
+//
+//   Takes    interfaceName: for what error() says
+std::unique_ptr<CanTransport_c> adoptSocketCan(FileDescriptor_c socket, const std::string& interfaceName);
 
 } // namespace IsoBusHost

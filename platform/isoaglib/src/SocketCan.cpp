@@ -40,7 +40,7 @@ public:
     constexpr int mostReads = 64;
     for (int i = 0; i < mostReads && isOpen(); ++i) {
       can_frame raw{};
-      const ssize_t size = recv(m_socket.get(), &raw, sizeof raw, MSG_TRUNC);
+      const ssize_t size = read(raw);
       if (size <= 0) {
         closeUnlessPassing(size == 0 ? ENODEV : errno);
         return std::nullopt;
@@ -63,9 +63,37 @@ public:
   const TransportStatistics_s& statistics() const override { return m_statistics; }
 
 private:
-  // An interface that is down comes up again, and a full queue empties; an interface that was taken away does neither.
+  ssize_t read(can_frame& raw) {
+    iovec part = {&raw, sizeof raw};
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(uint32_t))] = {};
+    msghdr message{};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = control;
+    message.msg_controllen = sizeof control;
+    const ssize_t size = recvmsg(m_socket.get(), &message, MSG_TRUNC);
+    if (size > 0) {
+      countLost(message);
+    }
+    return size;
+  }
+
+  // The kernel counts, in 32 bits, what the socket's queue had no room for, and says so with the next frame.
+  void countLost(msghdr& message) {
+    const cmsghdr* header = CMSG_FIRSTHDR(&message);
+    if (header == nullptr || header->cmsg_level != SOL_SOCKET || header->cmsg_type != SO_RXQ_OVFL) {
+      return;
+    }
+    uint32_t lost = 0;
+    std::memcpy(&lost, CMSG_DATA(header), sizeof lost);
+    m_statistics.overrun += lost - m_lost;
+    m_lost = lost;
+  }
+
+  // A full queue empties. An interface that is down may come up again, but until then poll() would not wait, the frames
+  // to be sent would grow old, and nobody would be told.
   void closeUnlessPassing(int reason) {
-    const int passing[] = {EAGAIN, EINTR, ENOBUFS, ENETDOWN};
+    const int passing[] = {EAGAIN, EINTR, ENOBUFS};
     if (std::find(std::begin(passing), std::end(passing), reason) == std::end(passing)) {
       m_error = "socketcan:" + m_name + ": " + std::strerror(reason);
       m_socket.close();
@@ -76,6 +104,7 @@ private:
   std::string m_name;
   std::string m_error;
   TransportStatistics_s m_statistics;
+  uint32_t m_lost = 0; // frames that the kernel has dropped so far
 };
 
 bool bindTo(int socket, const std::string& interfaceName) {
@@ -88,6 +117,28 @@ bool bindTo(int socket, const std::string& interfaceName) {
   address.can_family = AF_CAN;
   address.can_ifindex = request.ifr_ifindex;
   return bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+}
+
+// An interface that is down can be bound all the same: the kernel then leaves ENETDOWN at the socket.
+bool isUp(int socket) {
+  int reason = 0;
+  socklen_t size = sizeof reason;
+  if (getsockopt(socket, SOL_SOCKET, SO_ERROR, &reason, &size) == 0) {
+    errno = reason;
+  }
+  return errno == 0;
+}
+
+// The kernel cuts both sizes to what it allows.
+void setQueues(int socket) {
+  constexpr int received = 1 << 20;
+  // As little as possible: fewer frames than the interface queues (10 by default). The socket is full first then, and
+  // poll() waits until there is room; of the interface's queue it knows nothing.
+  constexpr int sent = 1;
+  constexpr int on = 1;
+  setsockopt(socket, SOL_SOCKET, SO_RCVBUF, &received, sizeof received);
+  setsockopt(socket, SOL_SOCKET, SO_SNDBUF, &sent, sizeof sent);
+  setsockopt(socket, SOL_SOCKET, SO_RXQ_OVFL, &on, sizeof on);
 }
 
 } // namespace
@@ -115,10 +166,15 @@ can_frame toSocketCan(const CanFrame_s& frame) {
 
 std::unique_ptr<CanTransport_c> openSocketCan(const std::string& interfaceName, std::string& error) {
   FileDescriptor_c socket(::socket(PF_CAN, SOCK_RAW | SOCK_NONBLOCK | SOCK_CLOEXEC, CAN_RAW));
-  if (!socket.isOpen() || !bindTo(socket.get(), interfaceName)) {
+  if (!socket.isOpen() || !bindTo(socket.get(), interfaceName) || !isUp(socket.get())) {
     error = "socketcan:" + interfaceName + ": " + std::strerror(errno);
     return nullptr;
   }
+  return adoptSocketCan(std::move(socket), interfaceName);
+}
+
+std::unique_ptr<CanTransport_c> adoptSocketCan(FileDescriptor_c socket, const std::string& interfaceName) {
+  setQueues(socket.get());
   return std::make_unique<SocketCan_c>(std::move(socket), interfaceName);
 }
 
