@@ -1,5 +1,7 @@
 #include "IsoText.h"
 
+#include "PlatformInFront.h"
+
 #include <gtest/gtest.h>
 
 using __IsoAgLib::CanPkg_c;
@@ -61,4 +63,11 @@ TEST(CanPkgToString, ShowsEverySourceAddressWithTwoDigits) {
   EXPECT_EQ(" SA 0x0f ", CanPkgToString(CanPkg_c(0x18EEFF0F, data, 0)));
   EXPECT_EQ(" SA 0xfe ", CanPkgToString(CanPkg_c(0x18EEFFFE, data, 0)));
   EXPECT_EQ(" SA 0xff ", CanPkgToString(CanPkg_c(0x18EEFFFF, data, 0)));
+}
+
+TEST(CanPkgToString, ReadsTheMessageAsOneOfStackInstanceZeroAndReleasesIt) {
+  const uint8_t data[] = {0x42};
+  CanPkgToString(CanPkg_c(proprietaryFrom80, data, 1));
+  EXPECT_EQ(0, TestSupport::platformInFront().messageInstance);
+  EXPECT_EQ(0, TestSupport::platformInFront().messagesAlive);
 }

@@ -42,6 +42,19 @@ DBusConnection_c* getDBusInterfaceInstance() {
   return TestSupport::behind<DBusConnection_c*()>("_Z24getDBusInterfaceInstancev")();
 }
 
+namespace __IsoAgLib {
+
+CanPkgExt_c::CanPkgExt_c(const CanPkg_c& message, int instance) : CanPkg_c(message), m_instance(instance) {
+  TestSupport::platformInFront().messageInstance = instance;
+  ++TestSupport::platformInFront().messagesAlive;
+}
+
+CanPkgExt_c::~CanPkgExt_c() {
+  --TestSupport::platformInFront().messagesAlive;
+}
+
+} // namespace __IsoAgLib
+
 void DBusConnection_c::getSetProductVin(bool set, char* buffer) {
   if (TestSupport::platformInFront().getSetProductVin) {
     TestSupport::platformInFront().getSetProductVin(set, buffer);

@@ -232,6 +232,17 @@ TEST_F(ZemoAppGetSetProductVin, HoldsWhatTheConsoleGivesBackAfterStoring) {
   EXPECT_EQ("what the console made of it", vin);
 }
 
+TEST_F(ZemoAppGetSetProductVin, DoesNotHandItsTextOverWhereItOnlyReads) {
+  platformInFront().getSetProductVin = [](bool set, char* buffer) {
+    EXPECT_FALSE(set);
+    EXPECT_NE(0, std::memcmp("the text before", buffer, 15));
+    std::strcpy(buffer, "VIN");
+  };
+  std::string vin = "the text before";
+  ZemoApp::getSetProductVin(false, vin);
+  EXPECT_EQ("VIN", vin);
+}
+
 TEST_F(ZemoAppGetSetProductVin, StoresAnEmptyVin) {
   ConsoleHost::setVin("OLD");
   std::string vin;
