@@ -36,25 +36,29 @@ bool areBusesOpen() {
   return true;
 }
 
-// Runs the stack until a signal, the end of the time, or the loss of a bus.
-bool run(ConsoleApplication_c& application, int seconds) {
+void announce(ConsoleApplication_c& application) {
+  std::printf("On the bus at addresses %u and %u\n", application.frame().getMyIdent(0)->nr(),
+              application.frame().getMyIdent(1)->nr());
+  std::fflush(stdout);
+}
+
+// Runs the stack until a signal, the end of the time, or the loss of a bus. Gives what went wrong, empty for nothing.
+std::string run(ConsoleApplication_c& application, int seconds) {
   __IsoAgLib::Scheduler_c& scheduler = __IsoAgLib::getSchedulerInstance();
   const uint64_t endMs = seconds == 0 ? never : HostClock::nowMs() + static_cast<uint64_t>(seconds) * 1000;
   bool isAnnounced = false;
   while (s_stopRequested == 0 && HostClock::nowMs() < endMs) {
     const int dueMs = scheduler.runDueWork();
     if (!areBusesOpen()) {
-      return false;
+      return Host::lastError();
     }
     if (!isAnnounced && application.hasClaimed()) {
       isAnnounced = true;
-      std::printf("On the bus at addresses %u and %u\n", application.frame().getMyIdent(0)->nr(),
-                  application.frame().getMyIdent(1)->nr());
-      std::fflush(stdout);
+      announce(application);
     }
     scheduler.waitForWork(dueMs);
   }
-  return true;
+  return isAnnounced ? "" : "stopped before both control functions had an address";
 }
 
 } // namespace
@@ -76,13 +80,12 @@ int main(int argc, char** argv) {
   if (!application.open(static_cast<__IsoAgLib::ZemoAppType_e>(options.applicationKind), options.useProprietaryBus)) {
     return fail(Host::lastError());
   }
-  const bool isWell = run(application, options.seconds);
-  const std::string lost = Host::lastError();
+  error = run(application, options.seconds);
   application.close();
-  if (!isWell) {
-    return fail(lost);
-  }
   std::printf("Closed\n");
-  error = capture.close();
+  const std::string captureError = capture.close();
+  if (error.empty()) {
+    error = captureError;
+  }
   return error.empty() ? 0 : fail(error);
 }

@@ -79,7 +79,7 @@ int main(int argc, char** argv) {
   while (!survey.isDone() && HostClock::nowMs() < endMs) {
     node.poll();
     if (!port.transport().isOpen()) {
-      return fail(address + ": " + port.transport().error());
+      return fail(port.transport().error());
     }
     survey.work();
     waitForFrames(port, std::min({node.nextDueMs(), survey.nextDueMs(), endMs}));

@@ -140,6 +140,18 @@ TEST_F(BusSurvey, EndsOnAnEmptyBusAfterTheQuietTime) {
   EXPECT_EQ(survey.asked(), 0U);
 }
 
+TEST_F(BusSurvey, WaitsForItsOwnAddressHoweverLongThatTakes) {
+  add(firstName, 128, {{Pgn::certification, {1, 2, 3, 4, 5, 6, 7, 8}}});
+  wire.setBroken(true);
+  for (int count = 0; count < 5000; ++count) {
+    step();
+    ASSERT_FALSE(survey.isDone());
+  }
+  wire.setBroken(false);
+  runToEnd();
+  EXPECT_EQ(survey.count(AnswerState_e::answered), 1U);
+}
+
 TEST_F(BusSurvey, FollowsAFunctionToItsNewAddress) {
   add(firstName, 128, {{Pgn::certification, {1, 2, 3, 4, 5, 6, 7, 8}}});
   runToEnd();

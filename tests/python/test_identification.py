@@ -33,19 +33,22 @@ class Identification(unittest.TestCase):
         self.addCleanup(self.server.__exit__)
         self.client = self.server.client()
         self.addCleanup(self.client.shutdown)
-        program = os.path.join(support.BUILD_FOLDER, "examples", "zemo-console-app")
-        self.application = subprocess.Popen([program, "--can0", self.server.address(), "--seconds", "60"],
-                                            stdout=subprocess.PIPE, text=True)
+        self.application = self.start("60")
         self.addCleanup(self.stop)
         line = self.application.stdout.readline()
         self.assertEqual(line, "On the bus at addresses 128 and 129\n")
         self.drain()
 
+    def start(self, seconds):
+        program = os.path.join(support.BUILD_FOLDER, "examples", "zemo-console-app")
+        return subprocess.Popen([program, "--can0", self.server.address(), "--seconds", seconds],
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+
     def stop(self):
         if self.application.poll() is None:
             self.application.send_signal(signal.SIGTERM)
-        rest, _ = self.application.communicate(timeout=support.LONGEST_WAIT)
-        self.assertEqual(rest, "Closed\n")
+        rest, errors = self.application.communicate(timeout=support.LONGEST_WAIT)
+        self.assertEqual((rest, errors), ("Closed\n", ""))
         self.assertEqual(self.application.returncode, 0)
 
     def drain(self):
@@ -150,6 +153,17 @@ class Identification(unittest.TestCase):
             if answer is not None and answer.arbitration_id == 0x18FD4200 | address:
                 return bytes(answer.data)
         self.fail("the function does not answer at its new address")
+
+    def test_a_second_application_of_the_same_names_gets_no_address_and_disturbs_nobody(self):
+        second = self.start("2")
+        output, errors = second.communicate(timeout=support.LONGEST_WAIT)
+        self.assertEqual(output, "Closed\n")
+        self.assertEqual(errors, "zemo-console-app: stopped before both control functions had an address\n")
+        self.assertEqual(second.returncode, 1)
+        self.drain()
+        self.request(CERTIFICATION, FIRST)
+        answer = support.receive(self.client, 0x18FD4200 | FIRST)
+        self.assertEqual(bytes(answer.data), EXPECTED[CERTIFICATION])
 
     def test_a_requester_that_dies_disturbs_nobody(self):
         self.request(ECU, FIRST)

@@ -43,6 +43,10 @@ void BusSurvey_c::work() {
   if (m_self->state() != ClaimState_e::claimed) {
     return;
   }
+  if (!m_isOnBus) {
+    m_isOnBus = true;
+    m_lastChangeMs = HostClock::nowMs();
+  }
   if (m_isAsking && HostClock::nowMs() >= m_deadlineMs) {
     finishQuestion(AnswerState_e::silent);
   }
@@ -56,7 +60,7 @@ bool BusSurvey_c::hasFailed() const {
 }
 
 bool BusSurvey_c::isDone() const {
-  return hasFailed() || (!m_isAsking && HostClock::nowMs() >= m_lastChangeMs + quietTimeMs);
+  return hasFailed() || (m_isOnBus && !m_isAsking && HostClock::nowMs() >= m_lastChangeMs + quietTimeMs);
 }
 
 bool BusSurvey_c::askForClaims() {
@@ -65,6 +69,9 @@ bool BusSurvey_c::askForClaims() {
 }
 
 uint64_t BusSurvey_c::nextDueMs() const {
+  if (!m_isOnBus) {
+    return never;
+  }
   uint64_t dueMs = m_isAsking ? m_deadlineMs : m_lastChangeMs + quietTimeMs;
   for (const SurveyedFunction_s& function : m_functions) {
     if (!m_isAsking && function.askFromMs > HostClock::nowMs()) {

@@ -79,6 +79,7 @@ private:
   std::vector<SurveyedFunction_s> m_functions;
   std::map<uint8_t, int> m_announcedMembers; // working-set master messages by address
   std::set<uint64_t> m_claims;
+  bool m_isOnBus = false; // its own address is claimed
   bool m_isAsking = false;
   Question_s m_question{};
   uint64_t m_deadlineMs = 0;

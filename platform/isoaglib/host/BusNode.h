@@ -117,8 +117,9 @@ public:
   // The control functions of others that claim an address on this bus: address, NAME.
   const std::map<uint8_t, uint64_t>& others() const;
 
-  // poll: takes at most maxFrames frames from the port and does what is due. Returns the number of frames taken.
-  std::size_t poll(std::size_t maxFrames = 1000);
+  // poll: takes at most maxFrames frames from the port and does what is due, which a flood of frames thus cannot hold
+  // back. Returns the number of frames taken.
+  std::size_t poll(std::size_t maxFrames = 100);
   uint64_t nextDueMs() const;
 
   const NodeStatistics_s& statistics() const;
