@@ -199,6 +199,7 @@ TEST(BusServer, SendsTheAnswerToRawModeAloneOnABusyBus) {
     EXPECT_EQ(hearFrame(busy), "123 ");
     busy.say("< send 18EAFFFE 3 0 ee 0 >");
     busy.echo();
+    busy.echo(); // all that was due with the first one has gone out
     cameAlone = joining.hearOnce() == "< ok >";
     if (cameAlone) {
       EXPECT_EQ(hearFrame(joining), "18EAFFFE 00EE00");
@@ -277,6 +278,15 @@ TEST(BusServer, SendsAClientAwayThatDoesNotEndItsMessage) {
     expectExchange(server.port());
     EXPECT_EQ(counterOf(server.stop(SIGTERM).summary, "closed"), 1U);
   }
+}
+
+TEST(BusServer, ClosesAClientThatGoesOnAfterItWasSentAway) {
+  const BusServerProcess_c server;
+  SocketClient_c flooding(server.port());
+  const std::string megabyte(1000000, 'x');
+  while (flooding.say(megabyte)) {
+  }
+  expectExchange(server.port());
 }
 
 TEST(BusServer, DropsAndCountsWhatAClientDoesNotReadAndDisturbsNobodyElse) {
@@ -440,6 +450,14 @@ TEST(BusServer, DoesNotStartOnAPortInUseOrWithAFileThatCannotBeWritten) {
   EXPECT_EQ(noFile.exitStatus, 1);
   EXPECT_EQ(noFile.standardError, "zemo-bus-server: /nowhere/a.pcap: No such file or directory\n");
   EXPECT_EQ(noFile.standardOutput, "");
+}
+
+TEST(BusServer, LeavesTheFilesAloneWhenThePortIsInUse) {
+  const TemporaryFile_c log;
+  std::ofstream(log.path()) << "of another server";
+  const BusServerProcess_c server;
+  runProgram({busServerProgram(), "--port", std::to_string(server.port()), "--log", log.path()});
+  EXPECT_EQ(log.content(), "of another server");
 }
 
 struct WrongOptions_s {

@@ -95,8 +95,11 @@ public:
     say(text);
   }
 
-  void say(const std::string& text) {
-    EXPECT_EQ(send(m_client.get(), text.data(), text.size(), MSG_NOSIGNAL), static_cast<ssize_t>(text.size()));
+  void say(const std::string& text) { EXPECT_TRUE(tryToSay(text)); }
+
+  // tryToSay: gives false once the client has gone.
+  bool tryToSay(const std::string& text) {
+    return send(m_client.get(), text.data(), text.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(text.size());
   }
 
   // hear: waits for a whole number of bytes.
@@ -203,6 +206,19 @@ TEST(Socketcand, WaitsTwoSecondsForAServerThatSaysNothing) {
   const auto begin = std::chrono::steady_clock::now();
   EXPECT_EQ(ScriptedServer_c().errorWhileSaying("< hi >< ok >< o"), "the server does not answer");
   EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(1990));
+}
+
+TEST(Socketcand, WaitsNoLongerForAServerThatGoesOnSayingNothing) {
+  ScriptedServer_c server;
+  auto talking = std::async(std::launch::async, [&server] {
+    server.acceptAndSay("< hi >");
+    while (server.tryToSay(std::string(65536, ' '))) {
+    }
+  });
+  std::string error;
+  EXPECT_EQ(openTransport(server.address(), error), nullptr);
+  EXPECT_EQ(error, server.address() + ": the server does not answer");
+  talking.wait();
 }
 
 TEST(Socketcand, SaysItsPartOfTheProtocol) {
@@ -314,6 +330,19 @@ TEST(Socketcand, ClosesWithAReasonWhenSendingFails) {
   }
   EXPECT_FALSE(transport->isOpen());
   EXPECT_EQ(transport->error().substr(0, server.address().size() + 2), server.address() + ": ");
+}
+
+TEST(Socketcand, HasNothingUnsentOnceItIsClosed) {
+  ScriptedServer_c server;
+  const auto transport = server.openWhileSaying(welcome);
+  ASSERT_NE(transport, nullptr);
+  while (transport->send(request)) {
+  }
+  ASSERT_TRUE(transport->hasUnsent());
+  server.hangUp();
+  EXPECT_EQ(waitToReceive(*transport), std::nullopt);
+  EXPECT_FALSE(transport->isOpen());
+  EXPECT_FALSE(transport->hasUnsent());
 }
 
 TEST(Socketcand, RefusesWhatNoBusCanCarry) {

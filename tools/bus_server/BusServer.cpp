@@ -37,8 +37,9 @@ std::string listenError(uint16_t port) {
 
 std::string BusServer_c::start(const ServerOptions_s& options) {
   m_options = options;
-  const std::string error = openFiles(options);
-  return error.empty() ? listenOn(options.port) : error;
+  // In this order: a second server on the same port leaves the files of the first one alone.
+  const std::string error = listenOn(options.port);
+  return error.empty() ? openFiles(options) : error;
 }
 
 std::string BusServer_c::openFiles(const ServerOptions_s& options) {
@@ -173,7 +174,6 @@ void BusServer_c::serve(Client_s& client) {
   const ssize_t size = recv(client.socket.get(), bytes.data(), bytes.size(), 0);
   if (size <= 0) {
     if (size == 0 || !isPassing(errno)) {
-      write(client); // what is left for a client that has only ended its own side
       client.socket.close();
     }
     return;

@@ -28,7 +28,7 @@ public:
   static constexpr size_t mostClients = 200;
   static constexpr size_t mostUnsent = 1048576; // bytes that wait for a client
 
-  // start: opens the files and listens.
+  // start: listens and opens the files.
   //
   //   Gives    an empty text, or one line that says what failed
   std::string start(const ServerOptions_s& options);
