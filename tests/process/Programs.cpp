@@ -1,7 +1,10 @@
 // The programs for the desk as their users meet them: help, wrong options, buses and files that cannot be opened.
 #include "ChildProcess.h"
 
+#include <cstdio>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 using TestSupport::Ending_s;
 using TestSupport::runProgram;
@@ -78,6 +81,24 @@ TEST(DemoProgram, SaysWhichBusDoesNotOpen) {
   EXPECT_EQ(ending.exitStatus, 1);
   EXPECT_NE(ending.standardOutput.find("FAILED TO INITIALIZE CAN_BUS_INSTANCE_ISOBUS\n"), std::string::npos);
   EXPECT_EQ(ending.standardError, "zemo-demo: can0: " + deadBus + ": Connection refused\n");
+}
+
+TEST(DemoProgram, GoesOnWithDefaultsForWhatTheValuesFileDoesNotName) {
+  const std::string file = testing::TempDir() + "/zemo-values-" + std::to_string(getpid()) + ".json";
+  std::ofstream(file) << R"({"serialNumber": "SN7", "partNumber": "4711.6", "vin": ""})";
+  const Ending_s ending = runProgram({demo, "--values", file});
+  std::remove(file.c_str());
+  EXPECT_EQ(ending.exitStatus, 0);
+  EXPECT_EQ(ending.standardError, file + ": the defaults serve for what it does not name: bootLoaderVersion, "
+                                         "osVersion, hardwareVariant, virtualTerminalVersion, hardwareVersion, "
+                                         "certification\n");
+  EXPECT_NE(ending.standardOutput.find(" OS:3.1 Boot:1.07 Part:4711.6 Serial:SN7\n"), std::string::npos);
+}
+
+TEST(DemoProgram, EndsWhereTheValuesFileCannotBeRead) {
+  const Ending_s ending = runProgram({demo, "--values", "/nonexistent/values.json"});
+  EXPECT_EQ(ending.exitStatus, 1);
+  EXPECT_EQ(ending.standardError, "zemo-demo: /nonexistent/values.json: cannot be opened: No such file or directory\n");
 }
 
 TEST(DemoProgram, FailsWhenItIsNotDoneInTime) {

@@ -418,6 +418,42 @@ TEST_F(ConsoleHostTest, PrintsOneLineOnceForABadFileOfTheEnvironment) {
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
+TEST_F(ConsoleHostTest, ListsTheKeysThatTheFileDoesNotName) {
+  EXPECT_EQ(load(R"({"osVersion": "7", "serialNumber": "S", "vin": "", "hardwareVersion": 1})"), "");
+  EXPECT_EQ(ConsoleHost::missingKeys(),
+            m_file + ": the defaults serve for what it does not name: bootLoaderVersion, partNumber, hardwareVariant, "
+                     "virtualTerminalVersion, certification");
+  EXPECT_EQ(load(R"({"bootLoaderVersion": "B", "osVersion": "O", "serialNumber": "S", "partNumber": "P",
+                     "hardwareVariant": "2", "vin": "", "virtualTerminalVersion": 4, "hardwareVersion": 9,
+                     "certification": {"year": 2020, "laboratoryType": 2}})"),
+            "");
+  EXPECT_EQ(ConsoleHost::missingKeys(), m_file + ": the defaults serve for what it does not name: "
+                                                 "certification.revision, certification.laboratoryId, "
+                                                 "certification.referenceNumber");
+}
+
+TEST_F(ConsoleHostTest, ListsNoKeysWhereAllAreNamedOrThereIsNoFile) {
+  EXPECT_EQ(ConsoleHost::missingKeys(), "");
+  EXPECT_EQ(load(R"({"bootLoaderVersion": "B", "osVersion": "O", "serialNumber": "S", "partNumber": "P",
+                     "hardwareVariant": "2", "vin": "", "virtualTerminalVersion": 4, "hardwareVersion": 9,
+                     "certification": null})"),
+            "");
+  EXPECT_EQ(ConsoleHost::missingKeys(), "");
+  EXPECT_NE(load("{"), "");
+  EXPECT_EQ(ConsoleHost::missingKeys(), "");
+}
+
+TEST_F(ConsoleHostTest, PrintsOneLineForAFileOfTheEnvironmentThatIsMissingKeys) {
+  ::setenv("ZEMO_CONSOLE_VALUES", m_file.c_str(), 1);
+  write(R"({"bootLoaderVersion": "B", "osVersion": "O", "serialNumber": "S", "partNumber": "P", "vin": "",
+            "virtualTerminalVersion": 4, "hardwareVersion": 9, "certification": false})");
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(stringOf(6), "O");
+  EXPECT_EQ(stringOf(11), "1");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            m_file + ": the defaults serve for what it does not name: hardwareVariant\n");
+}
+
 TEST_F(ConsoleHostTest, PrintsOneLineForAMissingFileOfTheEnvironment) {
   ::setenv("ZEMO_CONSOLE_VALUES", m_file.c_str(), 1);
   testing::internal::CaptureStderr();

@@ -7,8 +7,8 @@
 //          "certification": {"year": 2013, "revision": 31, "laboratoryType": 3, "laboratoryId": 733,
 //                            "referenceNumber": 0}}
 //          Each key may be left out. "certification": null or false stands for a console without certification data.
-//   Prints: one line on standard error when the file that the environment names cannot be read or has errors, and when
-//           a VIN cannot be written back; the defaults serve for what could not be read.
+//   Prints: one line on standard error when the file that the environment names cannot be read, has errors or does not
+//           name every key, and when a VIN cannot be written back; the defaults serve for what could not be read.
 //   Threads: one thread.
 #pragma once
 
@@ -21,6 +21,10 @@ namespace ConsoleHost {
 //   Takes    path: JSON text of at most 1 MB, nested at most 32 levels deep; values set before are forgotten
 //   Gives    an empty text, or one line that says what is wrong and where; values that could be read are taken
 std::string loadFile(const std::string& path);
+
+// missingKeys: returns one line that lists the keys that the file in use does not name; empty where it names all, could
+// not be read, or there is none.
+std::string missingKeys();
 
 // setString: sets a text by the number of its DBusValue_e; answers queued with queueAnswer come first.
 void setString(int value, const std::string& text);

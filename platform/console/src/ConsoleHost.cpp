@@ -25,10 +25,11 @@ State_s& bareState() {
 State_s& state() {
   if (!s_isFileSettled) {
     const char* path = std::getenv("ZEMO_CONSOLE_VALUES");
-    const std::string problem = path != nullptr && *path != '\0' ? loadFile(path) : std::string();
     s_isFileSettled = true;
-    if (!problem.empty()) {
-      std::fprintf(stderr, "%s\n", problem.c_str());
+    if (path != nullptr && *path != '\0') {
+      const std::string problem = loadFile(path);
+      const std::string message = problem.empty() ? missingKeys() : problem;
+      std::fputs(message.empty() ? "" : (message + "\n").c_str(), stderr);
     }
   }
   return bareState();
@@ -46,6 +47,14 @@ std::string loadFile(const std::string& path) {
   current.values = Values_s();
   current.file = path;
   return readValuesFile(path, current.values);
+}
+
+std::string missingKeys() {
+  std::string list;
+  for (const std::string& key : state().values.missingKeys) {
+    list += (list.empty() ? "" : ", ") + key;
+  }
+  return list.empty() ? list : state().file + ": the defaults serve for what it does not name: " + list;
 }
 
 void setString(int value, const std::string& text) {

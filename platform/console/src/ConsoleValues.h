@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace ConsoleHost {
 
@@ -23,6 +24,7 @@ struct Values_s {
   int hardwareVersion = 5;
   bool hasCertification = true;
   CertificationData_s certification = {2013, 31, 3, 733, 0};
+  std::vector<std::string> missingKeys; // that the file does not name, "certification.year" for example
 };
 
 } // namespace ConsoleHost

@@ -211,6 +211,29 @@ void takeNumber(const Json_t& value, const std::string& key, int64_t lowest, int
   number = value.get<Number_t>();
 }
 
+// The keys that a file may name.
+struct Text_s {
+  const char* key;
+  DBusValue_e number;
+};
+constexpr std::array<Text_s, 5> textKeys = {{{"bootLoaderVersion", DBusBootLoaderVersion},
+                                             {"osVersion", DBusOsVersion},
+                                             {"serialNumber", DBusSerialNumber},
+                                             {"partNumber", DBusPartNumber},
+                                             {"hardwareVariant", DBusHardwareVariant}}};
+constexpr std::array<const char*, 4> otherKeys = {"vin", "virtualTerminalVersion", "hardwareVersion", "certification"};
+struct Field_s {
+  const char* key;
+  uint32_t CertificationData_s::*number;
+  uint32_t highest;
+};
+constexpr std::array<Field_s, 5> certificationFields = {
+    {{"year", &CertificationData_s::year, 0xFFFF},
+     {"revision", &CertificationData_s::revision, 0xFF},
+     {"laboratoryType", &CertificationData_s::laboratoryType, 3},
+     {"laboratoryId", &CertificationData_s::laboratoryId, 0xFFFF},
+     {"referenceNumber", &CertificationData_s::referenceNumber, 0xFFFF}}};
+
 void takeCertification(const Json_t& value, Values_s& values, Problems_c& problems) {
   if (value.is_null() || (value.is_boolean() && !value.get<bool>())) {
     values.hasCertification = false;
@@ -221,22 +244,11 @@ void takeCertification(const Json_t& value, Values_s& values, Problems_c& proble
                  (value.is_boolean() ? "true" : found(value)));
     return;
   }
-  struct Field_s {
-    const char* key;
-    uint32_t CertificationData_s::*number;
-    uint32_t highest;
-  };
-  static constexpr std::array<Field_s, 5> fields = {
-      {{"year", &CertificationData_s::year, 0xFFFF},
-       {"revision", &CertificationData_s::revision, 0xFF},
-       {"laboratoryType", &CertificationData_s::laboratoryType, 3},
-       {"laboratoryId", &CertificationData_s::laboratoryId, 0xFFFF},
-       {"referenceNumber", &CertificationData_s::referenceNumber, 0xFFFF}}};
   for (const auto& entry : value.items()) {
     const std::string key = "certification." + entry.key();
-    const auto field = std::find_if(fields.begin(), fields.end(),
+    const auto field = std::find_if(certificationFields.begin(), certificationFields.end(),
                                     [&entry](const Field_s& candidate) { return entry.key() == candidate.key; });
-    if (field == fields.end()) {
+    if (field == certificationFields.end()) {
       problems.add(quoted(key) + ": unknown key");
     } else {
       takeNumber(entry.value(), key, 0, field->highest, values.certification.*(field->number), problems);
@@ -245,18 +257,9 @@ void takeCertification(const Json_t& value, Values_s& values, Problems_c& proble
 }
 
 void takeValue(const std::string& key, const Json_t& value, Values_s& values, Problems_c& problems) {
-  struct Text_s {
-    const char* key;
-    DBusValue_e number;
-  };
-  static constexpr std::array<Text_s, 5> texts = {{{"bootLoaderVersion", DBusBootLoaderVersion},
-                                                   {"osVersion", DBusOsVersion},
-                                                   {"serialNumber", DBusSerialNumber},
-                                                   {"partNumber", DBusPartNumber},
-                                                   {"hardwareVariant", DBusHardwareVariant}}};
   const auto text =
-      std::find_if(texts.begin(), texts.end(), [&key](const Text_s& candidate) { return key == candidate.key; });
-  if (text != texts.end()) {
+      std::find_if(textKeys.begin(), textKeys.end(), [&key](const Text_s& candidate) { return key == candidate.key; });
+  if (text != textKeys.end()) {
     takeText(value, key, values.texts[text->number], problems);
   } else if (key == "vin") {
     takeText(value, key, values.vin, problems);
@@ -269,6 +272,28 @@ void takeValue(const std::string& key, const Json_t& value, Values_s& values, Pr
   } else {
     problems.add(quoted(key) + ": unknown key");
   }
+}
+
+std::vector<std::string> missingKeys(const Json_t& document) {
+  std::vector<std::string> missing;
+  const auto expect = [&missing](const Json_t& object, const std::string& prefix, const char* key) {
+    if (!object.contains(key)) {
+      missing.push_back(prefix + key);
+    }
+  };
+  for (const Text_s& text : textKeys) {
+    expect(document, "", text.key);
+  }
+  for (const char* key : otherKeys) {
+    expect(document, "", key);
+  }
+  const auto certification = document.find("certification");
+  if (certification != document.end() && certification->is_object()) {
+    for (const Field_s& field : certificationFields) {
+      expect(*certification, "certification.", field.key);
+    }
+  }
+  return missing;
 }
 
 std::string message(const std::string& path, const std::string& reason) {
@@ -332,6 +357,7 @@ std::string readValuesFile(const std::string& path, Values_s& values) {
     for (const auto& entry : document.items()) {
       takeValue(entry.key(), entry.value(), values, problems);
     }
+    values.missingKeys = missingKeys(document);
   } catch (const FileError_c& error) {
     return message(path, error.what());
   }

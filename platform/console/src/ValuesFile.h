@@ -9,7 +9,7 @@ namespace ConsoleHost {
 
 // readValuesFile: takes every value that the file names and that is in order.
 //
-//   Takes    values: keeps what the file does not name
+//   Takes    values: keeps what the file does not name, and holds its missing keys afterwards
 //   Gives    an empty text, or one line that says what is wrong and where
 std::string readValuesFile(const std::string& path, Values_s& values);
 
