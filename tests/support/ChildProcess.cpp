@@ -1,6 +1,6 @@
 #include "ChildProcess.h"
 
-#include "JournalText.h"
+#include "Journal.h"
 
 #include <array>
 #include <csignal>
@@ -31,10 +31,10 @@ struct Pipe_s {
   }
 };
 
-void writeAll(int descriptor, const std::string& text) {
+void writeAll(int descriptor, const char* text, std::size_t size) {
   std::size_t written = 0;
-  while (written < text.size()) {
-    const ssize_t count = write(descriptor, text.data() + written, text.size() - written);
+  while (written < size) {
+    const ssize_t count = write(descriptor, text + written, size - written);
     if (count <= 0) {
       return;
     }
@@ -42,8 +42,12 @@ void writeAll(int descriptor, const std::string& text) {
   }
 }
 
+// Without any memory of its own: it also runs while a signal is handled.
 void leaveJournal() {
-  writeAll(journalDescriptor, journalText());
+  for (const std::string& entry : IsoBusHost::Journal::entries()) {
+    writeAll(journalDescriptor, entry.data(), entry.size());
+    writeAll(journalDescriptor, "\n", 1);
+  }
 }
 
 // abort() comes through here before it ends the process.
@@ -148,7 +152,7 @@ Ending_s runProgram(const std::vector<std::string>& arguments, const std::string
   return runInChild([&argumentList, &standardInput] {
     // Short enough for the pipe to hold it whole.
     const Pipe_s input;
-    writeAll(input.writeEnd, standardInput);
+    writeAll(input.writeEnd, standardInput.data(), standardInput.size());
     close(input.writeEnd);
     dup2(input.readEnd, STDIN_FILENO);
     close(input.readEnd);
