@@ -24,7 +24,7 @@ namespace {
 // Keeps the order of the keys, so that a file that is written back looks as its author left it.
 using Json_t = nlohmann::ordered_json;
 
-constexpr std::size_t maxFileSize = 1024 * 1024;
+constexpr std::size_t maxFileSize = 1024UL * 1024UL;
 constexpr int maxNesting = 32;
 constexpr std::size_t maxProblems = 8;
 constexpr std::size_t maxQuotedLength = 60;

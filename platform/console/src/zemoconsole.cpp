@@ -27,7 +27,7 @@ std::string DBusConnection_c::getString(DBusValue_e value) {
   ConsoleHost::State_s& state = ConsoleHost::state();
   const auto queue = state.queuedAnswers.find(value);
   if (queue != state.queuedAnswers.end() && !queue->second.empty()) {
-    const std::string answer = queue->second.front();
+    std::string answer = queue->second.front();
     queue->second.pop_front();
     return answer;
   }
