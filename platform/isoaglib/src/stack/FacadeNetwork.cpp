@@ -19,13 +19,6 @@ const char* textOf(bool value) {
   return value ? "true" : "false";
 }
 
-// One object for each ISOBUS instance and one more, never on a bus, for any other number.
-template <class Service_c>
-Service_c& instanceOf(unsigned int instance) {
-  static Service_c instances[] = {Service_c(0), Service_c(1), Service_c(isoInstances)};
-  return instances[std::min(instance, isoInstances)];
-}
-
 bool isNameThere(unsigned int instance, uint64_t name) {
   const auto& registered = hostState().registered;
   return std::any_of(registered.begin(), registered.end(), [instance, name](const IdentItem_c::State_s* item) {

@@ -35,6 +35,14 @@ struct HostState_s {
 
 HostState_s& hostState();
 
+// instanceOf: returns the service of an instance: one object for each ISOBUS instance, and one more, never on a bus,
+// for any other number.
+template <class Service_c>
+Service_c& instanceOf(unsigned int instance) {
+  static Service_c instances[] = {Service_c(0), Service_c(1), Service_c(isoInstances)};
+  return instances[instance < isoInstances ? instance : isoInstances];
+}
+
 // nodeOf: returns the node of an ISOBUS instance, null while its CAN instance is closed or for any other number.
 BusNode_c* nodeOf(unsigned int instance);
 

@@ -1,25 +1,12 @@
 #include "HostState.h"
 #include "Journal.h"
 
-#include <algorithm>
-
 using namespace IsoBusHost;
 
 namespace __IsoAgLib {
 
 // Answered by libzemoUtils; a program without it (the tools) has no answer.
 int getConnectAllowedVtServerType() __attribute__((weak));
-
-namespace {
-
-// One object for each ISOBUS instance and one more, never on a bus, for any other number.
-template <class Service_c>
-Service_c& instanceOf(unsigned char instance) {
-  static Service_c instances[] = {Service_c(0), Service_c(1), Service_c(isoInstances)};
-  return instances[std::min<unsigned int>(instance, isoInstances)];
-}
-
-} // namespace
 
 bool BaseCommon_c::init() {
   switchService(m_name, instance(), true);
