@@ -76,6 +76,8 @@ void requireClosed(const bool& groupFlag, const AssertionRecord_s& record) {
   requireUnlessWaived([&groupFlag] { return !groupFlag; }, record);
 }
 
+ComponentIdentity_c* s_neverInitialised = nullptr;
+
 // The identity at an index under the assertion convention. Where the check was waived for an index out of range the
 // result has no meaning; an identity that was never initialised keeps it from doing harm.
 ComponentIdentity_c& identityAt(const std::vector<ComponentIdentity_c*>& identities, uint32_t index,
@@ -85,8 +87,10 @@ ComponentIdentity_c& identityAt(const std::vector<ComponentIdentity_c*>& identit
   if (isInRange()) {
     return *identities[index];
   }
-  static ComponentIdentity_c neverInitialised;
-  return neverInitialised;
+  if (s_neverInitialised == nullptr) {
+    s_neverInitialised = new ComponentIdentity_c;
+  }
+  return *s_neverInitialised;
 }
 
 std::string consoleString(DBusValue_e value) {
