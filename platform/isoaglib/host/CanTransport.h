@@ -15,8 +15,8 @@
 namespace IsoBusHost {
 
 struct TransportStatistics_s {
-  uint64_t received = 0; // frames handed out by receive()
-  uint64_t sent = 0;     // frames accepted by send()
+  uint64_t received = 0;  // frames handed out by receive()
+  uint64_t sent = 0;      // frames accepted by send()
   uint64_t malformed = 0; // dropped: not a CAN data frame, or a line that cannot be read
   uint64_t overrun = 0;   // dropped: the receiver did not keep up
   uint64_t refused = 0;   // send() gave false
