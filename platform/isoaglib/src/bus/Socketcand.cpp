@@ -43,9 +43,7 @@ bool waitFor(int descriptor, short events, Clock::time_point deadline) {
 FileDescriptor_c connectTo(const addrinfo& address, Clock::time_point deadline, std::string& reason) {
   FileDescriptor_c socket(::socket(address.ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   int failure = 0;
-  if (!socket.isOpen()) {
-    failure = errno;
-  } else if (connect(socket.get(), address.ai_addr, address.ai_addrlen) != 0) {
+  if (!socket.isOpen() || connect(socket.get(), address.ai_addr, address.ai_addrlen) != 0) {
     failure = errno;
   }
   if (failure == EINPROGRESS) {

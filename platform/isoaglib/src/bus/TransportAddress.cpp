@@ -66,7 +66,7 @@ std::string readSocketCan(const std::string& interfaceName, TransportAddress_s& 
 }
 
 std::string readSocketcand(const std::string& rest, TransportAddress_s& address) {
-  const std::string expected = "expected socketcand:HOST:PORT/BUS";
+  constexpr const char* expected = "expected socketcand:HOST:PORT/BUS";
   address.kind = TransportKind_e::socketcand;
   const size_t slash = rest.find('/');
   const size_t colon = rest.substr(0, slash).rfind(':');

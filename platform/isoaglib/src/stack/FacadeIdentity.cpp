@@ -116,9 +116,9 @@ void IdentItem_c::init(const IsoName_c& name, IsoAgLib::iIdentDataStorage_c& sto
   detach(*m_state);
   m_state->name = name;
   m_state->storage = &storage;
-  m_state->slaveCount = slaveCount;
+  m_state->slaveCount = int{slaveCount};
   m_state->slaveNames.clear();
-  for (int slave = 0; slaveNames != nullptr && slave < slaveCount; ++slave) {
+  for (int slave = 0; slaveNames != nullptr && slave < m_state->slaveCount; ++slave) {
     m_state->slaveNames.push_back(slaveNames[slave].value());
   }
   m_state->claimWhenRegistered = claimWhenRegistered;
