@@ -38,6 +38,12 @@ std::unique_ptr<CanTransport_c> open(const std::string& address) {
   return transport;
 }
 
+bool isLocalhostInHosts() {
+  std::ifstream hosts("/etc/hosts");
+  const std::string text(std::istreambuf_iterator<char>(hosts), {});
+  return text.find("localhost") != std::string::npos;
+}
+
 // waitToReceive: the next frame; empty when the transport closes.
 std::optional<CanFrame_s> waitToReceive(CanTransport_c& transport) {
   while (transport.isOpen() || transport.hasPending()) {
@@ -242,6 +248,9 @@ std::string errorOfOpening(const std::string& host, ScriptedServer_c& server) {
 }
 
 TEST(Socketcand, ReachesAServerByName) {
+  if (!isLocalhostInHosts()) {
+    GTEST_SKIP() << "this machine does not know its own name without asking others";
+  }
   ScriptedServer_c server;
   EXPECT_EQ(errorOfOpening("localhost", server), "");
 }
