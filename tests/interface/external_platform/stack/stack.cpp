@@ -134,31 +134,31 @@ Scheduler_c& getSchedulerInstance() {
   return scheduler;
 }
 
-CanIo_c& getCanInstance(int instance) {
+CanIo_c& getCanInstance(unsigned int instance) {
   return instanceOf<CanIo_c>("can", instance);
 }
 
-Service_c& getIsoRequestPgnInstance(int instance) {
+Service_c& getIsoRequestPgnInstance(unsigned int instance) {
   return instanceOf<Service_c>("requests", instance);
 }
 
-IsoMonitor_c& getIsoMonitorInstance(int instance) {
+IsoMonitor_c& getIsoMonitorInstance(unsigned int instance) {
   return instanceOf<IsoMonitor_c>("monitor", instance);
 }
 
-Service_c& getIsoFilterManagerInstance(int instance) {
+Service_c& getIsoFilterManagerInstance(unsigned int instance) {
   return instanceOf<Service_c>("filters", instance);
 }
 
-Service_c& getProprietaryMessageHandlerInstance(int instance) {
+Service_c& getProprietaryMessageHandlerInstance(unsigned char instance) {
   return instanceOf<Service_c>("proprietary", instance);
 }
 
-Service_c& getMultiReceiveInstance(int instance) {
+Service_c& getMultiReceiveInstance(unsigned int instance) {
   return instanceOf<Service_c>("receive", instance);
 }
 
-Service_c& getMultiSendInstance(int instance) {
+Service_c& getMultiSendInstance(unsigned int instance) {
   return instanceOf<Service_c>("send", instance);
 }
 

@@ -108,14 +108,14 @@ struct Scheduler_c {
 
 System_c& getSystemInstance();
 Scheduler_c& getSchedulerInstance();
-CanIo_c& getCanInstance(int instance);
+CanIo_c& getCanInstance(unsigned int instance);
 
-Service_c& getIsoRequestPgnInstance(int instance);
-IsoMonitor_c& getIsoMonitorInstance(int instance);
-Service_c& getIsoFilterManagerInstance(int instance);
-Service_c& getProprietaryMessageHandlerInstance(int instance);
-Service_c& getMultiReceiveInstance(int instance);
-Service_c& getMultiSendInstance(int instance);
+Service_c& getIsoRequestPgnInstance(unsigned int instance);
+IsoMonitor_c& getIsoMonitorInstance(unsigned int instance);
+Service_c& getIsoFilterManagerInstance(unsigned int instance);
+Service_c& getProprietaryMessageHandlerInstance(unsigned char instance);
+Service_c& getMultiReceiveInstance(unsigned int instance);
+Service_c& getMultiSendInstance(unsigned int instance);
 Service_c& getVtClientInstance(int instance);
 Service_c& getTcClientInstance(int instance);
 Service_c& getTracGeneralInstance(int instance);
