@@ -22,6 +22,7 @@ std::string IsoNameToString(const __IsoAgLib::IsoName_c& name) {
 }
 
 std::string CanPkgToString(const __IsoAgLib::CanPkg_c& pkg) {
+  // Neither identifier nor PGN, priority or destination is shown. On purpose.
   const __IsoAgLib::CanPkgExt_c message(pkg, 0);
   char text[textSize];
   std::snprintf(text, sizeof text, " SA 0x%2.2x ", message.isoSa());

