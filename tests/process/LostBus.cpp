@@ -53,4 +53,28 @@ TEST_F(LostBus, IsToldOnceAndTakesTheAddressesAndTheApplicationStillCloses) {
   EXPECT_EQ(Host::port(0), nullptr);
 }
 
+TEST_F(LostBus, ThatOnlyStandsStillIsTriedAgainAfterAWhile) {
+  const TestSupport::BusServerProcess_c server;
+  Host::setBus(0, server.address("can0"));
+  __IsoAgLib::ZemoApp app;
+  std::string software = "Blocked-1.0";
+  ASSERT_TRUE(app.init(__IsoAgLib::ZemoAppPlain, software, 128, 0, 0, 128, 0, 0, 0, true, false));
+  ASSERT_TRUE(runUntil([&app] { return app.getMyIdent(0)->isClaimedAddress(); }));
+  EXPECT_FALSE(Host::port(0)->isBlocked());
+
+  server.freeze();
+  CanFrame_s frame;
+  frame.identifier = 0x18FFFF80;
+  constexpr int moreThanAnySocketHolds = 1000000;
+  for (int count = 0; count < moreThanAnySocketHolds && !Host::port(0)->isBlocked(); ++count) {
+    ASSERT_TRUE(Host::port(0)->send(frame));
+  }
+  ASSERT_TRUE(Host::port(0)->isBlocked());
+  EXPECT_EQ(__IsoAgLib::getSchedulerInstance().runDueWork(), 10);
+  ASSERT_EQ(Host::pollDescriptors().size(), 1U);
+  EXPECT_EQ(Host::pollDescriptors()[0].events, POLLIN | POLLOUT);
+  EXPECT_TRUE(app.getMyIdent(0)->isClaimedAddress());
+  app.close();
+}
+
 } // namespace

@@ -119,6 +119,10 @@ std::string BusServerProcess_c::address(const std::string& bus) const {
   return "socketcand:127.0.0.1:" + std::to_string(m_port) + '/' + bus;
 }
 
+void BusServerProcess_c::freeze() const {
+  kill(m_process, SIGSTOP);
+}
+
 BusServerProcess_c::End_s BusServerProcess_c::stop(int signal) {
   End_s end;
   kill(m_process, signal);

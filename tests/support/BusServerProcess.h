@@ -34,6 +34,9 @@ public:
   };
   End_s stop(int signal);
 
+  // freeze: the server stays connected and neither reads nor writes any more.
+  void freeze() const;
+
 private:
   pid_t m_process = -1;
   IsoBusHost::FileDescriptor_c m_output;
