@@ -88,7 +88,6 @@ void drainProprietaryBus() {
 
 // Nothing can be sent any more: the control functions lose their addresses, and nobody tries again and again.
 void leaveLostBus(unsigned int instance) {
-  detachAll(instance);
   if (nodeOf(instance) != nullptr) {
     nodeOf(instance)->setMultiSend(false);
     nodeOf(instance)->setNetworkManagement(false);
