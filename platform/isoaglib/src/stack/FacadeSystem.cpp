@@ -86,10 +86,9 @@ void drainProprietaryBus() {
   }
 }
 
-// Nothing can be sent any more: the control functions lose their addresses, and nobody tries again and again.
+// The control functions lose their addresses and with them all that waits to be sent: nobody tries again and again.
 void leaveLostBus(unsigned int instance) {
   if (nodeOf(instance) != nullptr) {
-    nodeOf(instance)->setMultiSend(false);
     nodeOf(instance)->setNetworkManagement(false);
   }
 }
