@@ -1,0 +1,264 @@
+#include "DebugLog.h"
+
+#include "StackTraceLine.h"
+#include "SystemUtils.h"
+
+#include <algorithm>
+#include <alloca.h>
+#include <array>
+#include <cstdarg>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <cxxabi.h>
+#include <execinfo.h>
+#include <fcntl.h>
+#include <ios>
+#include <memory>
+#include <new>
+#include <printf.h>
+#include <unistd.h>
+#include <unwind.h>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr const char* defaultFileName = "/mnt/nand/DebugLog.txt";
+constexpr std::size_t messageSize = 4096;
+constexpr int32_t maxFileSize = 1000000;
+constexpr mode_t newFileMode = 0666; // less the umask, as for any file that is made through a stream
+constexpr std::size_t maxSecondPassValues = 16;
+constexpr unsigned int maxFramesOnStack = 1024;
+constexpr std::size_t firstNameSize = 256;
+
+// Closed at once; failures have nobody to tell.
+class LogFile_c {
+public:
+  explicit LogFile_c(int flags) : m_descriptor(open(g_LogFileName.c_str(), flags | O_CLOEXEC, newFileMode)) {}
+  ~LogFile_c() {
+    if (isOpen()) {
+      close(m_descriptor);
+    }
+  }
+  LogFile_c(const LogFile_c&) = delete;
+  LogFile_c& operator=(const LogFile_c&) = delete;
+
+  bool isOpen() const { return m_descriptor >= 0; }
+
+  void append(const char* text, std::size_t size) const {
+    while (size > 0) {
+      const ssize_t written = write(m_descriptor, text, size);
+      if (written <= 0) {
+        return;
+      }
+      text += written;
+      size -= static_cast<std::size_t>(written);
+    }
+  }
+
+  off_t end() const { return lseek(m_descriptor, 0, SEEK_END); }
+
+private:
+  int m_descriptor;
+};
+
+// One write, at the end of the file: what threads and processes log at once stays whole.
+void appendToLog(const char* text) {
+  const LogFile_c file(O_RDWR | O_CREAT | O_APPEND);
+  if (file.isOpen()) {
+    file.append(text, std::strlen(text));
+  }
+}
+
+// A signed number of 32 bits, whatever the file's size; -1 where it cannot be told. Does not wait for the writer of a
+// pipe.
+int32_t sizeOfLog() {
+  const LogFile_c file(O_RDONLY | O_NONBLOCK);
+  return file.isOpen() ? static_cast<int32_t>(file.end()) : -1;
+}
+
+// Whether a text, taken as a format, reads a few values and stores none ("%n").
+bool isHarmlessFormat(const char* text) {
+  constexpr int unused = -1;
+  std::array<int, maxSecondPassValues> types{};
+  types.fill(unused);
+  const std::size_t count = parse_printf_format(text, types.size(), types.data());
+  const auto isHarmless = [](int type) { return type != unused && (type & PA_FLAG_PTR) == 0; };
+  return count <= types.size() &&
+         std::all_of(types.begin(), types.begin() + static_cast<std::ptrdiff_t>(count), isHarmless);
+}
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral" // the formats are the application's
+#pragma GCC diagnostic ignored "-Wformat-security"
+
+// Zeros for every value that a harmless format can ask for: the floating-point registers, then a long double (three
+// words, or two with their alignment) for each.
+template <std::size_t... Real, std::size_t... Word>
+void printWithZeros(const char* text, std::index_sequence<Real...>, std::index_sequence<Word...>) {
+  std::fprintf(stderr, text, (static_cast<void>(Real), 0.0)..., (static_cast<void>(Word), 0L)...);
+}
+
+// The text is its own format: a '%' left in it is expanded once more on standard error. On purpose.
+void printAsFormat(const char* text) {
+  if (isHarmlessFormat(text)) {
+    printWithZeros(text, std::make_index_sequence<8>(), std::make_index_sequence<3 * maxSecondPassValues>());
+  } else {
+    std::fputs(text, stderr);
+  }
+}
+
+// A message that is too long for the buffer; null where there is no memory for it.
+std::unique_ptr<char[]> longMessage(std::size_t size, const char* fmt, va_list arguments) {
+  std::unique_ptr<char[]> message(new (std::nothrow) char[size]);
+  if (message != nullptr) {
+    std::vsnprintf(message.get(), size, fmt, arguments);
+  }
+  return message;
+}
+
+void handMessage(const char* fmt, va_list arguments) {
+  std::array<char, messageSize> buffer; // NOLINT: filled by the next call
+  va_list again;
+  va_copy(again, arguments);
+  const int length = std::vsnprintf(buffer.data(), buffer.size(), fmt, arguments);
+  std::unique_ptr<char[]> message;
+  if (length >= static_cast<int>(buffer.size())) {
+    message = longMessage(static_cast<std::size_t>(length) + 1, fmt, again);
+  }
+  va_end(again);
+  // No check of the handler: it is what the application has set.
+  g_funcLogHandler(message != nullptr ? message.get() : buffer.data());
+}
+
+#pragma GCC diagnostic pop
+
+_Unwind_Reason_Code countFrame(_Unwind_Context* /*context*/, void* count) {
+  ++*static_cast<unsigned int*>(count);
+  return _URC_NO_REASON;
+}
+
+// A limit beyond what fits on a stack is cut to what is there.
+unsigned int depthOfStack() {
+  unsigned int count = 0;
+  _Unwind_Backtrace(countFrame, &count);
+  return count;
+}
+
+void printFrame(FILE* out, char* line, char*& name, std::size_t& nameSize) {
+  const StackTraceLine_s parts = splitStackTraceLine(line);
+  if (parts.name == nullptr) {
+    std::fprintf(out, "  %s\n", line);
+    return;
+  }
+  int status = 0;
+  char* demangled = abi::__cxa_demangle(parts.name, name, &nameSize, &status);
+  if (status != 0) {
+    std::fprintf(out, "  %s : %s()+%s\n", line, parts.name, parts.offset);
+    return;
+  }
+  name = demangled;
+  std::fprintf(out, "  %s : %s+%s\n", line, name, parts.offset);
+}
+
+void printFrames(FILE* out, void* const* frames, int count) {
+  char** lines = backtrace_symbols(frames, count);
+  if (lines == nullptr) {
+    return;
+  }
+  std::size_t nameSize = firstNameSize;
+  auto* name = static_cast<char*>(std::malloc(nameSize));
+  for (int index = 1; index < count; ++index) {
+    printFrame(out, lines[index], name, nameSize);
+  }
+  std::free(name);
+  std::free(lines);
+}
+
+const std::ios_base::Init s_streams;
+
+} // namespace
+
+std::string g_LogFileName;
+
+namespace {
+
+// The check comes first and finds no name: loading the library never clears a log. On purpose.
+struct WorkAtLoad_s {
+  WorkAtLoad_s() {
+    log_check_size();
+    g_LogFileName = defaultFileName;
+  }
+};
+
+const WorkAtLoad_s s_workAtLoad;
+
+} // namespace
+
+void (*g_funcLogHandler)(const char* text) = default_log_handler;
+
+void log_msg(const char* fmt, ...) {
+  va_list arguments;
+  va_start(arguments, fmt);
+  handMessage(fmt, arguments);
+  va_end(arguments);
+}
+
+void set_log_handler(void (*handler)(const char* text)) {
+  g_funcLogHandler = handler;
+}
+
+void set_log_filename(const char* name) {
+  g_LogFileName = name;
+}
+
+void default_log_handler(const char* text) {
+  appendToLog(text);
+  printAsFormat(text);
+}
+
+void log_clear() {
+  const LogFile_c file(O_RDWR | O_CREAT | O_TRUNC);
+  if (file.isOpen()) {
+    // Without a line feed: the next message goes on in the same line. On purpose.
+    file.append("LogCleared", 10);
+  }
+}
+
+void log_check_size() {
+  if (sizeOfLog() > maxFileSize) {
+    log_clear();
+  }
+}
+
+void print_stacktrace(FILE* out, unsigned int maxFrames) {
+  if (out == nullptr) {
+    return;
+  }
+  std::fputs("stack trace:\n", out);
+  const unsigned int limit = std::min(maxFrames, maxFrames > maxFramesOnStack ? depthOfStack() : maxFramesOnStack);
+  std::vector<void*> manyFrames(limit > maxFramesOnStack ? limit + 1 : 0);
+  // The stack is captured here and nowhere else: the first entry is this function's, and is not printed.
+  auto** frames = manyFrames.empty() ? static_cast<void**>(alloca((limit + 1) * sizeof(void*))) : manyFrames.data();
+  const int count = backtrace(frames, static_cast<int>(limit + 1));
+  if (count <= 0) {
+    std::fputs("  <empty, possibly corrupt>\n", out);
+    return;
+  }
+  printFrames(out, frames, count);
+}
+
+std::string GetDateTimeStamp() {
+  const std::time_t now = std::time(nullptr);
+  std::array<char, 128> text{};
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-y2k" // two digits of the year are the stamp's form
+  std::strftime(text.data(), text.size(), "%m-%d-%y-%I:%M:%S", std::localtime(&now));
+#pragma GCC diagnostic pop
+  std::string stamp = text.data();
+  // Counted from the first call of getTimeMs, not within the second. On purpose.
+  std::snprintf(text.data(), text.size(), ":%3.3d ", SystemUtils::getTimeMs());
+  return stamp += text.data();
+}
