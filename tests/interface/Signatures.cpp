@@ -1,8 +1,14 @@
 // The documented signatures, checked by the compiler: a signature that differs does not build.
 #include "ComponentVersions_c.h"
 #include "DataStorage_c.h"
+#include "DebugLog.h"
+#include "FileUtil.h"
 #include "IsoText.h"
+#include "RealTimeClockApi.h"
+#include "SignalHandling.h"
 #include "SwIdentification.h"
+#include "SystemUtils.h"
+#include "Thread_c.h"
 #include "ZemoApp.h"
 
 #include <type_traits>
@@ -105,5 +111,65 @@ static_assert(is<std::string (*)(std::string, const VersionFunctions_t*)>(&__Iso
 // Diagnostic text.
 static_assert(is<std::string (*)(const __IsoAgLib::IsoName_c&)>(&IsoNameToString), "IsoNameToString");
 static_assert(is<std::string (*)(const __IsoAgLib::CanPkg_c&)>(&CanPkgToString), "CanPkgToString");
+
+// Debug log.
+static_assert(std::is_same<std::string, decltype(g_LogFileName)>::value, "g_LogFileName");
+static_assert(std::is_same<void (*)(const char*), decltype(g_funcLogHandler)>::value, "g_funcLogHandler");
+static_assert(is<void (*)(const char*, ...)>(&log_msg), "log_msg");
+static_assert(is<void (*)(void (*)(const char*))>(&set_log_handler), "set_log_handler");
+static_assert(is<void (*)(const char*)>(&set_log_filename), "set_log_filename");
+static_assert(is<void (*)(const char*)>(&default_log_handler), "default_log_handler");
+static_assert(is<void (*)()>(&log_clear), "log_clear");
+static_assert(is<void (*)()>(&log_check_size), "log_check_size");
+static_assert(is<void (*)(FILE*, unsigned int)>(&print_stacktrace), "print_stacktrace");
+static_assert(is<std::string (*)()>(&GetDateTimeStamp), "GetDateTimeStamp");
+
+// Signals and stack traces.
+static_assert(is<void (*)(int)>(&AddSignalToHandle), "AddSignalToHandle");
+static_assert(is<void (*)()>(&AddAllTerminationSignals), "AddAllTerminationSignals");
+static_assert(is<void (*)(void (*)(int))>(&SetSignalHandler), "SetSignalHandler");
+static_assert(is<void (*)(bool)>(&PrintBackTrace), "PrintBackTrace");
+
+// System utilities.
+static_assert(is<int (*)()>(&SystemUtils::getTimeMsRaw), "getTimeMsRaw");
+static_assert(is<int (*)()>(&SystemUtils::getTimeMs), "getTimeMs");
+static_assert(is<float (*)()>(&SystemUtils::getMinimumReservedFreeMemoryMB), "getMinimumReservedFreeMemoryMB");
+static_assert(is<float (*)()>(&SystemUtils::getSystemMemoryFreeMB), "getSystemMemoryFreeMB");
+static_assert(is<float (*)()>(&SystemUtils::getSystemMemoryTotalMB), "getSystemMemoryTotalMB");
+static_assert(is<bool (*)()>(&SystemUtils::isSystemFreeMemoryBelowMinimum), "isSystemFreeMemoryBelowMinimum");
+
+// File utilities.
+static_assert(is<bool (*)(const char*, std::vector<std::string>&, bool&)>(&FileUtil::getSubDirectories),
+              "getSubDirectories");
+static_assert(is<bool (*)(const char*, FileOperations_c&, bool&)>(&FileUtil::getFilesAndFileSizeInDirectory),
+              "getFilesAndFileSizeInDirectory");
+static_assert(is<void (*)(const char*)>(&FileUtil::deleteAllFilesInDirectory), "deleteAllFilesInDirectory");
+static_assert(is<bool (*)(const char*, long long&, long long&)>(&FileUtil::getDiskSpace), "getDiskSpace");
+static_assert(is<int (*)(const char*)>(&FileUtil::getFreeDiskSpacePercent), "getFreeDiskSpacePercent");
+static_assert(is<int (*)(const char*)>(&FileUtil::getUsedDiskSpacePercent), "getUsedDiskSpacePercent");
+static_assert(is<bool (*)(const char*, std::string&)>(&FileUtil::getParentDirectory), "getParentDirectory");
+static_assert(is<bool (*)(const char*)>(&FileUtil::forceUnmount), "forceUnmount");
+static_assert(is<void (*)(std::string&)>(&FileUtil::copyPCBackupBatchFile), "copyPCBackupBatchFile");
+static_assert(is<const char* (*)()>(&FileUtil::getConsoleModel), "getConsoleModel");
+static_assert(is<bool (*)(const char*)>(&FileUtil::fileExists), "fileExists");
+static_assert(is<bool (*)(const char*)>(&FileUtil::directoryExists), "directoryExists");
+static_assert(is<bool (*)(const char*)>(&FileUtil::createDirectory), "createDirectory");
+
+// Real-time clock.
+static_assert(is<long (*)(long*)>(&RealTimeClockApi::time), "time");
+static_assert(is<long (*)(int)>(&RealTimeClockApi::read_rtc), "read_rtc");
+static_assert(is<void (*)(long, int)>(&RealTimeClockApi::write_rtc), "write_rtc");
+static_assert(is<int (*)(int)>(&RealTimeClockApi::to_sys_clock), "to_sys_clock");
+static_assert(is<int (*)(int)>(&RealTimeClockApi::from_sys_clock), "from_sys_clock");
+static_assert(is<void (*)(int, int, int, int, int, int)>(&RealTimeClockApi::setRtcTime), "setRtcTime");
+
+// Threads.
+static_assert(is<void (Thread_c::*)(void* (*)(void*), void*)>(&Thread_c::start), "Thread_c::start");
+static_assert(is<void (*)(unsigned long&, void* (*)(void*), void*)>(&Thread_c::startThread), "Thread_c::startThread");
+static_assert(is<void (Thread_c::*)()>(&Thread_c::stop), "Thread_c::stop");
+static_assert(is<bool (Thread_c::*)()>(&Thread_c::isAborted), "Thread_c::isAborted");
+static_assert(is<bool (Thread_c::*)()>(&Thread_c::isRunning), "Thread_c::isRunning");
+static_assert(std::has_virtual_destructor<Thread_c>::value, "Thread_c");
+static_assert(!std::is_polymorphic<FileOperations_c>::value, "FileOperations_c");
 
 } // namespace
