@@ -8,6 +8,8 @@
 #include <cxxabi.h>
 #include <execinfo.h>
 #include <ostream>
+#include <sstream>
+#include <string>
 
 namespace StackTracePeers {
 
@@ -18,14 +20,14 @@ using Work_t = void (*)(void* context);
 
 // Layer_s: calls the layer inside. The symbol names all layers below, so that the upper names are long.
 template <class Inner>
-struct __attribute__((visibility("default"))) Layer_s {
+struct Layer_s {
   __attribute__((noinline)) static void call(Work_t work, void* context) {
     Inner::call(work, context);
     benchmark::ClobberMemory(); // something is left to do: the frame stays
   }
 };
 
-struct __attribute__((visibility("default"))) Ground_s {
+struct Ground_s {
   __attribute__((noinline)) static void call(Work_t work, void* context) {
     work(context);
     benchmark::ClobberMemory();
@@ -93,10 +95,50 @@ __attribute__((noinline)) inline void printPlainly(FILE* out) {
   free(lines);
 }
 
-// printWithBoost: Boost.Stacktrace without a library of debug information, its basic form.
-__attribute__((noinline)) inline void printWithBoost(std::ostream& out) {
-  out << boost::stacktrace::stacktrace(0, maxFrames);
+// printWithBoost: Boost.Stacktrace without a library of debug information, its basic form. How many frames of its own
+// it shows depends on the compiler; they are left out with `skip`, so that the same templates are printed.
+__attribute__((noinline)) inline void printWithBoost(std::ostream& out, std::size_t skip) {
+  out << boost::stacktrace::stacktrace(skip, maxFrames);
   out.flush();
+}
+
+// countTemplates: how many functions of the deep stack a trace names.
+inline int countTemplates(const std::string& trace) {
+  int count = 0;
+  for (std::size_t place = 0; (place = trace.find("::call(", place)) != std::string::npos; ++place) {
+    ++count;
+  }
+  return count;
+}
+
+template <class Print>
+int templatesInTrace(Print&& print) {
+  char* text = nullptr;
+  std::size_t size = 0;
+  FILE* out = open_memstream(&text, &size);
+  auto work = [&] { print(out); };
+  onDeepStack(work);
+  std::fclose(out);
+  const int count = countTemplates(std::string(text, size));
+  std::free(text);
+  return count;
+}
+
+inline int templatesInBoostTrace(std::size_t skip) {
+  std::ostringstream out;
+  auto work = [&] { printWithBoost(out, skip); };
+  onDeepStack(work);
+  return countTemplates(out.str());
+}
+
+// skipForBoost: the frames that Boost has to leave out to print as many templates as so many; -1 where nothing does.
+inline int skipForBoost(int templates) {
+  for (int skip = 0; skip < 4; ++skip) {
+    if (templatesInBoostTrace(static_cast<std::size_t>(skip)) == templates) {
+      return skip;
+    }
+  }
+  return -1;
 }
 
 } // namespace StackTracePeers

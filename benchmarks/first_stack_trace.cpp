@@ -24,23 +24,24 @@ double timeOfPrint(Print&& print) {
   return time;
 }
 
-template <class Print>
-double timeInChild(Print&& print) {
+// What the work gives in a child process of its own.
+template <class Work>
+double inChild(Work&& work) {
   int ends[2] = {};
   if (pipe2(ends, O_CLOEXEC) != 0) {
     throw std::runtime_error("no pipe to the child");
   }
   const pid_t child = fork();
   if (child == 0) {
-    const double time = timeOfPrint(print);
-    _exit(write(ends[1], &time, sizeof time) == sizeof time ? 0 : 1);
+    const double value = work();
+    _exit(write(ends[1], &value, sizeof value) == sizeof value ? 0 : 1);
   }
   close(ends[1]);
-  double time = 0;
-  const bool isTold = read(ends[0], &time, sizeof time) == sizeof time;
+  double value = 0;
+  const bool isTold = read(ends[0], &value, sizeof value) == sizeof value;
   close(ends[0]);
   waitpid(child, nullptr, 0);
-  return isTold ? time : throw std::runtime_error("the child told no time");
+  return isTold ? value : throw std::runtime_error("the child said nothing");
 }
 
 struct Streams_s {
@@ -60,16 +61,24 @@ void printPeer() {
   std::fflush(s_streams.plain);
 }
 
+double timeOfOurs() {
+  return inChild([] { return timeOfPrint(printOurs); });
+}
+
 void besidePlainC(benchmark::State& state) {
-  SideBySide::compareTimes(
-      state, 1, [] { return timeInChild(printOurs); }, [] { return timeInChild(printPeer); });
+  SideBySide::compareTimes(state, 1, timeOfOurs, [] { return inChild([] { return timeOfPrint(printPeer); }); });
 }
 BENCHMARK(besidePlainC)->UseManualTime();
 
 void besideBoost(benchmark::State& state) {
-  SideBySide::compareTimes(
-      state, 1, [] { return timeInChild(printOurs); },
-      [] { return timeInChild([] { printWithBoost(s_streams.boost); }); });
+  const double skip =
+      inChild([] { return skipForBoost(templatesInTrace([](FILE* out) { print_stacktrace(out, maxFrames); })); });
+  if (skip < 0) {
+    state.SkipWithError("Boost prints other frames");
+    return;
+  }
+  const auto print = [skip] { printWithBoost(s_streams.boost, static_cast<std::size_t>(skip)); };
+  SideBySide::compareTimes(state, 1, timeOfOurs, [&] { return inChild([&] { return timeOfPrint(print); }); });
 }
 BENCHMARK(besideBoost)->UseManualTime();
 

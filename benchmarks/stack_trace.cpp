@@ -28,14 +28,24 @@ private:
   FILE* m_stream;
 };
 
+constexpr int fewestTemplates = maxFrames - 3; // the frames of the measuring functions are no templates
+
+void printOurs(FILE* out) {
+  print_stacktrace(out, maxFrames);
+}
+
 void besidePlainC(benchmark::State& state, int buffering) {
+  if (templatesInTrace(printOurs) < fewestTemplates || templatesInTrace(printPlainly) < fewestTemplates) {
+    state.SkipWithError("the traces lack the templates");
+    return;
+  }
   const Nowhere_c ours(buffering);
   const Nowhere_c peer(buffering);
   auto work = [&] {
     SideBySide::compare(
         state, 1,
         [&] {
-          print_stacktrace(ours.stream(), maxFrames);
+          printOurs(ours.stream());
           std::fflush(ours.stream());
         },
         [&] {
@@ -49,16 +59,21 @@ BENCHMARK_CAPTURE(besidePlainC, buffered, _IOFBF)->UseManualTime();
 BENCHMARK_CAPTURE(besidePlainC, unbuffered, _IONBF)->UseManualTime();
 
 void besideBoost(benchmark::State& state) {
+  const int skip = skipForBoost(templatesInTrace(printOurs));
+  if (skip < 0) {
+    state.SkipWithError("Boost prints other frames");
+    return;
+  }
   const Nowhere_c ours(_IOFBF);
   std::ofstream peer("/dev/null");
   auto work = [&] {
     SideBySide::compare(
         state, 1,
         [&] {
-          print_stacktrace(ours.stream(), maxFrames);
+          printOurs(ours.stream());
           std::fflush(ours.stream());
         },
-        [&] { printWithBoost(peer); });
+        [&] { printWithBoost(peer, static_cast<std::size_t>(skip)); });
   };
   onDeepStack(work);
 }
