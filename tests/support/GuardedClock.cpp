@@ -129,6 +129,10 @@ private:
       noteTimeOfDay(call, notes);
     } else if (name == "clock_settime" || name == "clock_settime64") {
       noteClockSettime(call, notes);
+    } else if (name == "stime") {
+      int32_t seconds = 0;
+      call.read(call.argument(0), &seconds, sizeof seconds);
+      notes += timeText(seconds, 0) + " no zone\n";
     } else {
       notes += name + "\n";
     }

@@ -94,6 +94,7 @@ const std::vector<Row_s> numbers = {
     {"TakesDecimalDigitsOnly", "MemFree: 0x10 Cached: 2 kB\n", 2},
     {"TakesEighteenDigits", "MemFree: 100000000000000003 kB\n", 1569325059},
     {"EndsAtNineteenDigits", "MemFree: 7 kB\nCached: 1000000000000000000 kB\n", 7},
+    {"EndsAtMoreThanSixtyFourBits", "MemFree: 7 kB\nCached: 99999999999999999999 kB\n", 7},
     {"EndsAtAMissingNumberWithTheSumSoFar", "MemFree: 7 kB\nBuffers: none kB\nCached: 9 kB\n", 7},
     {"EndsAtAFreeKeyWithoutNumber", "MemFree: kB\nCached: 9 kB\n", 0},
     {"EndsAtASignAlone", "MemFree: 7 kB\nBuffers: - kB\nCached: 9 kB\n", 7},
