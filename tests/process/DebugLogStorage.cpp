@@ -247,10 +247,10 @@ TEST_F(LogPipe, GivesTheMessagesToItsReader) {
   expectOnlyOnStandardError(runInTime([] {
                               log_msg("one\n");
                               log_clear();
-                              log_msg("\n100%%\n");
+                              log_msg("\n%s\n", "two");
                             }),
-                            "one\n\n100%\n");
-  EXPECT_EQ("one\nLogCleared\n100%\n", readWhatIsThere(reader));
+                            "one\n\ntwo\n");
+  EXPECT_EQ("one\nLogCleared\ntwo\n", readWhatIsThere(reader));
   close(reader);
 }
 
@@ -288,6 +288,15 @@ TEST_F(LogMsg, WritesTheFileAlsoWithoutAStandardError) {
   });
   EXPECT_EQ(0, ending.exitStatus);
   EXPECT_EQ("message\n", logged());
+}
+
+TEST_F(LogMsg, WritesTheFileAlsoWithoutAStandardInput) {
+  runInTime([] {
+    close(STDIN_FILENO);
+    log_msg("message\n");
+    log_msg("more\n");
+  });
+  EXPECT_EQ("message\nmore\n", logged());
 }
 
 // On file systems of the child's own.

@@ -97,6 +97,7 @@ TEST_F(LoggingTogether, TwoProcessesOfTwoThreadsLoseAndTearNoMessage) {
 TEST_F(LoggingTogether, AMessageGoesOnWhereItWasInterrupted) {
   ASSERT_EQ(0, mkfifo(log().c_str(), 0600));
   const Ending_s ending = runInChild([this] {
+    alarm(20); // ends a child that hangs
     struct sigaction action = {};
     action.sa_handler = [](int) {};
     sigaction(SIGUSR1, &action, nullptr);
