@@ -273,7 +273,8 @@ TEST_F(GetFilesAndFileSizeInDirectory, PutsNothingBetweenDirectoryAndName) {
   // Beside the directory, where the two put together lead.
   makeDirectory(m_data + ".");
   writeFile(m_data + "..", std::string(1000, 'x'));
-  writeFile(m_data + "x", std::string(200, 'x'));
+  writeFile(m_data + "-linked", std::string(200, 'x'));
+  makeLink("data-linked", m_data + "x");
   const Files_s listing = filesOf(m_data);
   EXPECT_TRUE(listing.isComplete);
   EXPECT_EQ((Names_t{"..", "x"}), sorted(listing.result.m_FileNames));

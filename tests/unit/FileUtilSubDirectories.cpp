@@ -223,7 +223,7 @@ TEST_F(GetSubDirectories, PutsNothingBetweenDirectoryAndName) {
   writeFile(m_data + ".", "text");
   makeDirectory(m_data + "..");
   writeFile(m_data + "x", "text");
-  makeDirectory(m_data + "y");
+  makeLink("data", m_data + "y");
   const SubDirectories_s listing = subDirectoriesOf(m_data);
   EXPECT_TRUE(listing.isComplete);
   EXPECT_EQ(Names_t{"y"}, listing.names);
