@@ -3,10 +3,15 @@
 #include "RealTimeClockZone.h"
 #include "StandInClocks.h"
 
+#include <cstdlib>
+#include <ctime>
+#include <functional>
 #include <gtest/gtest.h>
 #include <iostream>
 #include <ostream>
+#include <string>
 #include <type_traits>
+#include <vector>
 
 using namespace TestSupport;
 

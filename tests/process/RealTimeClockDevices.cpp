@@ -3,14 +3,18 @@
 #include "RealTimeClockZone.h"
 #include "StandInClocks.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
 #include <iostream>
 #include <iterator>
 #include <ostream>
+#include <string>
 #include <unistd.h>
+#include <vector>
 
 using namespace TestSupport;
 

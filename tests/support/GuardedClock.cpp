@@ -206,7 +206,7 @@ bool maySetTheClock() {
 void giveUpTheClock() {
   __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
   std::array<__user_cap_data_struct, 2> capabilities{};
-  prctl(PR_CAPBSET_DROP, CAP_SYS_TIME, 0, 0, 0); // only root can, and only root needs to
+  prctl(PR_CAPBSET_DROP, CAP_SYS_TIME, 0, 0, 0); // fails where there is no privilege to drop
   prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_LOWER, CAP_SYS_TIME, 0, 0);
   bool isDone = syscall(SYS_capget, &header, capabilities.data()) == 0;
   __user_cap_data_struct& low = capabilities[0];
@@ -232,8 +232,8 @@ GuardedRun_s runGuarded(const GuardedClock_s& clock, const std::function<void()>
                     "clock_settime", "clock_settime64", "adjtimex", "clock_adjtime", "clock_adjtime64"};
   watching.answer = [&kernel](const CaughtCall_c& call, std::string& notes) { return kernel.answer(call, notes); };
   watching.prepare = [&clock, &folder] {
-    giveUpTheClock();
     mountDevices(clock);
+    giveUpTheClock();
     const RecordingTools_c tools(folder.path(), {"hwclock"});
     if (!clock.hwclock.empty()) {
       putTool(folder.path(), clock.hwclock);
