@@ -1,12 +1,14 @@
 #include "DebugLog.h"
 
 #include "CapturedOutput.h"
+#include "LibraryCalls.h"
 #include "LogFixture.h"
 #include "SystemUtils.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cerrno>
 #include <cwchar>
 #include <dlfcn.h>
 #include <filesystem>
@@ -62,6 +64,15 @@ struct Size_s {
 
 void PrintTo(const Size_s& row, std::ostream* stream) {
   *stream << row.size << " bytes";
+}
+
+// A write that takes nothing, or is interrupted at its start; the second one would take all.
+ssize_t s_firstResult = 0;
+int s_writes = 0;
+
+ssize_t writeNothingAtFirst(int, const void*, std::size_t size) {
+  errno = EINTR;
+  return s_writes++ == 0 ? s_firstResult : static_cast<ssize_t>(size);
 }
 
 } // namespace
@@ -278,6 +289,20 @@ TEST_F(DefaultLogHandler, HasWrittenTheMessageWhenItReturns) {
     default_log_handler("x");
     EXPECT_EQ(expected, logged());
   }
+}
+
+TEST_F(DefaultLogHandler, DoesNotTryAWriteAgain) {
+  const CapturedOutput_c output;
+  for (const ssize_t result : {0, -1}) {
+    s_firstResult = result;
+    s_writes = 0;
+    {
+      const LibraryCall_c write("write", &writeNothingAtFirst);
+      default_log_handler("message\n");
+    }
+    EXPECT_EQ(1, s_writes) << result;
+  }
+  EXPECT_EQ("message\nmessage\n", output.standardError());
 }
 
 class DebugLog : public LogFixture {};
