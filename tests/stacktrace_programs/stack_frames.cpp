@@ -151,7 +151,7 @@ void breakDownHandled() {
 }
 
 void standStill() {
-  const rlimit someSeconds = {5, 10};
+  const rlimit someSeconds = {2, 4};
   setrlimit(RLIMIT_CPU, &someSeconds);
   standingFrame();
 }
