@@ -5,7 +5,6 @@
 #include "Media.h"
 #include "PrivateMounts.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
