@@ -105,8 +105,9 @@ ZEMO_EXPORT bool forceUnmount(const char* path);
 
 // copyPCBackupBatchFile: copies "/opt/zemo/Save_TASKDATA_Files_To_PC.bat" to a destination.
 //
-//   Takes    destination: 36 characters at most (a longer one costs a heap block); a word of the shell, which expands
-//   it Fails    silently Effects  runs "cp /opt/zemo/Save_TASKDATA_Files_To_PC.bat <destination>", then "sync"
+//   Takes    destination: 36 characters at most (a longer one costs a heap block); a word of the shell
+//   Fails    silently
+//   Effects  runs "cp /opt/zemo/Save_TASKDATA_Files_To_PC.bat <destination>", then "sync"
 ZEMO_EXPORT void copyPCBackupBatchFile(std::string& destination);
 
 // getConsoleModel: returns "R3700", whatever the hardware.

@@ -17,8 +17,8 @@ namespace SystemUtils {
 // getTimeMsRaw: returns the milliseconds of the monotonic clock, counted from the start of the system.
 //
 //   Fails    a clock that cannot be read gives its last reading once more
-//   Kept     32 bits that wrap: negative after about 24.8 days, through zero after about 49.7 days. Measure
-//   differences. Source   POSIX, CLOCK_MONOTONIC
+//   Kept     32 bits that wrap: negative after about 24.8 days, through zero after about 49.7 days; measure differences
+//   Source   POSIX, CLOCK_MONOTONIC
 ZEMO_EXPORT int getTimeMsRaw();
 
 // getTimeMs: returns the milliseconds since its first call in this process, wrapping as getTimeMsRaw does.

@@ -98,8 +98,8 @@ long long bytesOf(unsigned long blockSize, fsblkcnt_t blocks) {
   return static_cast<long long>(uint64_t{static_cast<uint32_t>(blockSize)} * static_cast<uint32_t>(blocks));
 }
 
-bool hasNoParent(const char* path) {
-  std::printf("parent of dir %s doesn't exist\n", path);
+bool hasNoParent(const std::string& path) {
+  std::printf("parent of dir %s doesn't exist\n", path.c_str());
   return false;
 }
 
@@ -199,9 +199,9 @@ bool getParentDirectory(const char* path, std::string& parent) {
     return false;
   }
   std::string directory = path;
-  parent = path;
+  parent = directory;
   if (directory.size() < 2) {
-    return hasNoParent(path);
+    return hasNoParent(parent);
   }
   if (directory.back() == '/') {
     directory.pop_back();
@@ -209,7 +209,7 @@ bool getParentDirectory(const char* path, std::string& parent) {
   // The first character is never looked at: the root is nobody's parent. On purpose.
   const std::size_t slash = directory.rfind('/');
   if (slash == std::string::npos || slash == 0) {
-    return hasNoParent(path);
+    return hasNoParent(parent);
   }
   parent = directory.substr(0, slash + 1);
   return true;
