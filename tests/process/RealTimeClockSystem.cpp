@@ -146,6 +146,18 @@ TEST_F(ToSysClock, TakesTheZoneBeforeTheConversionOfLocalTimeChangesIt) {
   EXPECT_EQ(readingAndSetting("1499105109.000000000 minutes west -120 type 0"), run.calls);
 }
 
+TEST_F(ToSysClock, TakesTheWholeHourOffInWinterAndInSummer) {
+  clock.record = july;
+  for (const int64_t now : {1483452309, 1499090709}) {
+    const GuardedRun_s run = runGuarded(clock, [now] {
+      StandInClocks::setTime(now);
+      Zones::enter(Zones::berlin);
+      RealTimeClockApi::to_sys_clock(1);
+    });
+    EXPECT_EQ(readingAndSetting("1499090709.000000000 minutes west -120 type 0"), run.calls);
+  }
+}
+
 class FromSysClock : public SystemClockTest<int> {
 protected:
   static GuardedRun_s runAt(int64_t seconds, const std::string& zone, int utc) {

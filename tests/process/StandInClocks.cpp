@@ -104,7 +104,7 @@ int64_t standInConversion(std::tm* time) {
   static const auto next = nextOf<int64_t (*)(std::tm*)>(isIn64Bit ? "mktime" : "__mktime64");
   if (s_isSet) {
     const char* zone = std::getenv("TZ");
-    state().zone = zone == nullptr ? "(unset)" : zone;
+    state().zone = std::string(zone == nullptr ? "(unset)" : zone) + ", " + std::to_string(timezone);
   }
   return next(time);
 }

@@ -33,7 +33,8 @@ void setTimeOfDay(const Reading& reading);
 // time gives this.
 void setTime(int64_t seconds);
 
-// zoneOfConversion: "TZ" as it was when mktime was last called after watchConversions; "(unset)" without one.
+// zoneOfConversion: the zone as it was when mktime was last called after watchConversions: "TZ" ("(unset)" without
+// one), and the seconds west of UTC of the last tzset, for example "CET-1, -3600".
 void watchConversions();
 std::string zoneOfConversion();
 

@@ -191,3 +191,13 @@ TEST(MemoryTableDescriptor, GivesNothingWhereItCannotBeRead) {
   EXPECT_EQ(0U, MemoryTable_c(folder).freeKilobytes());
   close(folder);
 }
+
+TEST(MemoryTableDescriptor, EndsTheTableWhereAReadFails) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(0, socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK, 0, ends.data()));
+  const std::string text = "MemFree: 7 kB\n";
+  ASSERT_EQ(static_cast<ssize_t>(text.size()), write(ends[1], text.data(), text.size()));
+  EXPECT_EQ(7U, MemoryTable_c(ends[0]).freeKilobytes());
+  close(ends[0]);
+  close(ends[1]);
+}
