@@ -95,7 +95,7 @@ TEST(StackTrace, PrintsFramesInOrderOneALine) {
 TEST(StackTrace, AsksForOneEntryMoreThanItsLimit) {
   for (const int limit : {0, 1, 5, 63, 1024}) {
     const Ending_s ending = traceOf(copies(2000), std::to_string(limit));
-    EXPECT_EQ("room for " + std::to_string(limit + 1) + "\n", ending.standardError);
+    EXPECT_EQ(0U, ending.standardError.find("room for " + std::to_string(limit + 1) + "\n"));
     expectTrace(header + linesOfCopies(static_cast<std::size_t>(limit)), ending);
   }
 }
@@ -126,6 +126,12 @@ std::string mangledFunction(const std::string& name) {
 }
 
 } // namespace
+
+TEST(StackTrace, BeginsWithANameBufferOf256Bytes) {
+  const Ending_s ending = traceOf({"./app(_Z4liftv+0x1) [0x80]", "./app(main+0x2) [0x80]", "./app(i+0x3) [0x80]"});
+  expectTrace(header + "  ./app : lift()+0x1\n  ./app : main()+0x2\n  ./app : int+0x3\n", ending);
+  EXPECT_EQ("room for 64\nname buffer of 256 bytes\n", ending.standardError);
+}
 
 // 256 bytes to begin with, grown for a name that needs more, and used for all that follow.
 TEST(StackTrace, KeepsOneNameBufferThatGrows) {

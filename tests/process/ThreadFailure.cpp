@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <gtest/gtest.h>
+#include <limits>
+#include <pthread.h>
 #include <semaphore.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -73,12 +75,32 @@ TEST_F(ThreadThatIsNotGiven, IsNotAskedForAgain) {
 TEST_F(ThreadThatIsNotGiven, IsNotToldByStartThread) {
   const Ending_s ending = runInChild([] {
     refuseThreads();
-    unsigned long threadId = 0; // no thread: detaching it would end the process
+    unsigned long threadId = 0;
     Thread_c::startThread(threadId, speak, nullptr);
   });
   EXPECT_EQ(0, ending.signal);
   EXPECT_EQ(0, ending.exitStatus);
   EXPECT_EQ(line, ending.standardOutput);
+  EXPECT_EQ("", ending.standardError);
+}
+
+// Here the system does not even store an identity.
+TEST(ThreadThatHasNoRoom, LeavesTheObjectRunningWithoutAWord) {
+  const Ending_s ending = runInChild([] {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, std::numeric_limits<std::size_t>::max() / 2);
+    pthread_setattr_default_np(&attributes);
+    unsigned long threadId = 0;
+    Thread_c::startThread(threadId, speak, nullptr);
+    Thread_c thread;
+    thread.start(speak, nullptr);
+    std::fflush(stdout);
+    _exit(threadId == 0 && thread.isRunning() ? 0 : 1);
+  });
+  EXPECT_EQ(0, ending.signal);
+  EXPECT_EQ(0, ending.exitStatus);
+  EXPECT_EQ(line + line, ending.standardOutput);
   EXPECT_EQ("", ending.standardError);
 }
 

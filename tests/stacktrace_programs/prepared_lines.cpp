@@ -1,12 +1,16 @@
 // Prints a stack trace of lines that it is given: prepared_lines LIMIT [LINE...]. The first line stands for the printer
-// itself. Standard error tells the room for entries that the library asked the system to fill.
+// itself. Standard error tells the room for entries that the library asked the system to fill, and each change of the
+// buffer that it has for names.
 #include "DebugLog.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <cxxabi.h>
+#include <dlfcn.h>
 #include <execinfo.h>
+#include <malloc.h>
 #include <string>
 #include <vector>
 
@@ -42,6 +46,37 @@ extern "C" char** backtrace_symbols(void* const*, int count) noexcept {
   }
   return lines;
 }
+
+namespace {
+
+using Demangler = char* (*)(const char*, char*, std::size_t*, int*);
+
+struct NameBuffer_s {
+  const char* place = nullptr;
+  std::size_t size = 0;
+};
+
+NameBuffer_s g_nameBuffer;
+
+} // namespace
+
+namespace __cxxabiv1 {
+
+char* __cxa_demangle(const char* name, char* buffer, std::size_t* size, int* status) noexcept {
+  static const auto demangle = reinterpret_cast<Demangler>(dlsym(RTLD_NEXT, "__cxa_demangle"));
+  if (buffer == nullptr || size == nullptr || malloc_usable_size(buffer) < *size) {
+    std::fputs("no name buffer\n", stderr);
+  } else if (buffer != g_nameBuffer.place) {
+    std::fprintf(stderr, "name buffer of %zu bytes\n", *size);
+  } else if (*size != g_nameBuffer.size) {
+    std::fputs("its size is not kept\n", stderr);
+  }
+  char* result = demangle(name, buffer, size, status);
+  g_nameBuffer = {result != nullptr ? result : buffer, size != nullptr ? *size : 0};
+  return result;
+}
+
+} // namespace __cxxabiv1
 
 int main(int count, char** arguments) {
   if (count < 2) {
