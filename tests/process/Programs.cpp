@@ -1,5 +1,6 @@
 // The programs for the desk as their users meet them: help, wrong options, buses and files that cannot be opened.
 #include "ChildProcess.h"
+#include "Files.h"
 
 #include <cstdio>
 #include <fstream>
@@ -7,12 +8,15 @@
 #include <unistd.h>
 
 using TestSupport::Ending_s;
+using TestSupport::readFile;
 using TestSupport::runProgram;
+using TestSupport::TemporaryFolder_c;
 
 namespace {
 
 const std::string demo = ZEMO_BINARY_DIR "/examples/zemo-demo";
 const std::string consoleApp = ZEMO_BINARY_DIR "/examples/zemo-console-app";
+const std::string folderReport = ZEMO_BINARY_DIR "/examples/zemo-folder-report";
 const std::string serviceTool = ZEMO_BINARY_DIR "/tools/zemo-service-tool";
 
 struct WrongUse_s {
@@ -35,6 +39,7 @@ TEST_P(WrongUseOfAProgram, EndsWithOneLineThatSaysWhatAndWhere) {
 }
 
 const std::vector<WrongUse_s> wrongUses = {
+    {"noFolder", {folderReport}, 2, "usage: zemo-folder-report FOLDER LOGFILE\n"},
     {"unknownOption", {demo, "--bus"}, 2, demo + ": unrecognized option '--bus'\n"},
     {"missingArgument", {demo, "--can0"}, 2, demo + ": option '--can0' requires an argument\n"},
     {"noOption", {demo, "can0"}, 2, "zemo-demo: 'can0' is no option; --help lists them\n"},
@@ -152,3 +157,25 @@ TEST(ConsoleAppProgram, ClaimsRunsAndCloses) {
 }
 
 } // namespace
+
+TEST(FolderReportProgram, LogsWhatItFindsInAFolder) {
+  const TemporaryFolder_c folder;
+  const TemporaryFolder_c logFolder;
+  std::ofstream(folder.path() + "/field.bin") << "0123456789";
+  std::ofstream(folder.path() + "/track.bin") << "01234";
+  const std::string log = logFolder.path() + "/report.log";
+  const Ending_s ending = runProgram({folderReport, folder.path(), log});
+  EXPECT_EQ(0, ending.exitStatus);
+  EXPECT_EQ("_POSIX_THREAD_PRIORITY_SCHEDULING undefined\n", ending.standardOutput);
+  EXPECT_EQ(ending.standardError, readFile(log));
+  EXPECT_NE(std::string::npos, ending.standardError.find(" MB memory free\n")) << ending.standardError;
+  EXPECT_NE(std::string::npos, ending.standardError.find(" percent of the medium free\n")) << ending.standardError;
+  EXPECT_NE(std::string::npos, ending.standardError.find(" 2 files, 15 bytes\n")) << ending.standardError;
+}
+
+TEST(FolderReportProgram, FailsForAFolderThatIsMissing) {
+  const TemporaryFolder_c folder;
+  const Ending_s ending = runProgram({folderReport, folder.path() + "/missing", folder.path() + "/report.log"});
+  EXPECT_EQ(1, ending.exitStatus);
+  EXPECT_NE(std::string::npos, ending.standardError.find(" the folder was not listed to its end\n"));
+}
