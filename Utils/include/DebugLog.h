@@ -45,8 +45,8 @@ ZEMO_EXPORT void set_log_filename(const char* name);
 //   Fails    silently: a file that cannot be opened or written loses the text; standard error has it in any case
 //   Effects  creates the file where it is missing; opens, writes and closes it for each message
 //   Kept     the text is its own format on standard error: a '%' left in it is expanded once more there, with zeros for
-//            values. The file copy is verbatim. A text that as a format would store something, or would take more than
-//            16 values, is printed verbatim.
+//            values. The file copy is verbatim. A text that as a format would store something, leave out a value, or
+//            take more than 16 is printed verbatim.
 //
 //   log_msg format           log file              standard error
 //   "%d ha\n", 5             5 ha                  5 ha

@@ -79,13 +79,14 @@ int32_t sizeOfLog() {
   return file.isOpen() ? static_cast<int32_t>(file.end()) : -1;
 }
 
-// Whether a text, taken as a format, reads a few values and stores none ("%n").
+// Whether a text, taken as a format, reads a few values in a row and stores none ("%n"). Where it leaves out a value,
+// the type of that is none, which has every flag.
 bool isHarmlessFormat(const char* text) {
-  constexpr int unused = -1;
+  constexpr int none = -1;
   std::array<int, maxSecondPassValues> types{};
-  types.fill(unused);
+  types.fill(none);
   const std::size_t count = parse_printf_format(text, types.size(), types.data());
-  const auto isHarmless = [](int type) { return type != unused && (type & PA_FLAG_PTR) == 0; };
+  const auto isHarmless = [](int type) { return (type & PA_FLAG_PTR) == 0; };
   return count <= types.size() &&
          std::all_of(types.begin(), types.begin() + static_cast<std::ptrdiff_t>(count), isHarmless);
 }
