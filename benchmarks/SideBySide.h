@@ -1,10 +1,10 @@
 // Measures the library beside a peer in one run, in small batches that alternate: what else the machine does hits both
-// alike, and the median leaves out the batches that were interrupted.
+// alike, and the median leaves out the batches that it hit hard.
 #pragma once
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
-#include <chrono>
+#include <ctime>
 #include <string>
 #include <sys/vfs.h>
 #include <vector>
@@ -17,14 +17,31 @@ inline double median(std::vector<double> values) {
   return *middle;
 }
 
-// Nanoseconds of so many calls.
+inline double nowNs(clockid_t clock) {
+  timespec reading = {};
+  clock_gettime(clock, &reading);
+  return static_cast<double>(reading.tv_sec) * 1e9 + static_cast<double>(reading.tv_nsec);
+}
+
 template <class Work>
-double timeOf(int calls, Work&& work) {
-  const auto began = std::chrono::steady_clock::now();
+double timeBy(clockid_t clock, int calls, Work&& work) {
+  const double began = nowNs(clock);
   for (int call = 0; call < calls; ++call) {
     work();
   }
-  return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - began).count();
+  return nowNs(clock) - began;
+}
+
+// Nanoseconds of the processor that so many calls of this thread take, in the program and in the kernel.
+template <class Work>
+double timeOf(int calls, Work&& work) {
+  return timeBy(CLOCK_THREAD_CPUTIME_ID, calls, work);
+}
+
+// Nanoseconds that pass meanwhile, for work that other processes do.
+template <class Work>
+double wallTimeOf(int calls, Work&& work) {
+  return timeBy(CLOCK_MONOTONIC, calls, work);
 }
 
 // compareTimes: `ours` and `peer` each run one batch of `calls` and return its nanoseconds; whoever was first is second

@@ -59,11 +59,11 @@ bool listBare(const char* directory, Listing_s& result) {
 }
 
 // One listing; what it has found is let go outside the time.
-double timeOfOurs(const std::string& directory, int count) {
+double timeOfOurs(clockid_t clock, const std::string& directory, int count) {
   FileOperations_c result;
   bool bAbort = false;
-  const double time =
-      SideBySide::timeOf(1, [&] { FileUtil::getFilesAndFileSizeInDirectory(directory.c_str(), result, bAbort); });
+  const double time = SideBySide::timeBy(
+      clock, 1, [&] { FileUtil::getFilesAndFileSizeInDirectory(directory.c_str(), result, bAbort); });
   const bool isWhole = result.m_TotalSize == int64_t{count} * bytesPerFile &&
                        result.m_FileNames.size() == static_cast<std::size_t>(count);
   return isWhole ? time : throw std::runtime_error("the library's listing is not whole");
@@ -81,13 +81,14 @@ void besideBareCalls(benchmark::State& state, const ScratchFolder_c& folder) {
   const auto count = static_cast<int>(state.range(0));
   const std::string directory = makeFiles(folder, count);
   SideBySide::compareTimes(
-      state, 1, [&] { return timeOfOurs(directory, count); }, [&] { return timeOfBare(directory, count); });
+      state, 1, [&] { return timeOfOurs(CLOCK_THREAD_CPUTIME_ID, directory, count); },
+      [&] { return timeOfBare(directory, count); });
   state.SetLabel(SideBySide::mediumOf(directory));
 }
 BENCHMARK_CAPTURE(besideBareCalls, memory, ScratchFolder_c::inMemory())->Arg(1000)->UseManualTime();
-BENCHMARK_CAPTURE(besideBareCalls, memory, ScratchFolder_c::inMemory())->Arg(100000)->Iterations(15)->UseManualTime();
+BENCHMARK_CAPTURE(besideBareCalls, memory, ScratchFolder_c::inMemory())->Arg(100000)->Iterations(7)->UseManualTime();
 BENCHMARK_CAPTURE(besideBareCalls, disk, ScratchFolder_c::onDisk())->Arg(1000)->UseManualTime();
-BENCHMARK_CAPTURE(besideBareCalls, disk, ScratchFolder_c::onDisk())->Arg(100000)->Iterations(15)->UseManualTime();
+BENCHMARK_CAPTURE(besideBareCalls, disk, ScratchFolder_c::onDisk())->Arg(100000)->Iterations(7)->UseManualTime();
 
 using Command_t = std::vector<std::string>;
 
@@ -127,8 +128,8 @@ void besideProcess(benchmark::State& state, Command_t (*command)(const std::stri
   const auto count = static_cast<int>(state.range(0));
   const std::string directory = makeFiles(ScratchFolder_c::onDisk(), count);
   SideBySide::compareTimes(
-      state, 1, [&] { return timeOfOurs(directory, count); },
-      [&] { return SideBySide::timeOf(1, [&] { runToItsEnd(command(directory)); }); });
+      state, 1, [&] { return timeOfOurs(CLOCK_MONOTONIC, directory, count); },
+      [&] { return SideBySide::wallTimeOf(1, [&] { runToItsEnd(command(directory)); }); });
   state.SetLabel(SideBySide::mediumOf(directory));
 }
 BENCHMARK_CAPTURE(besideProcess, find, findCommand)->Arg(1000)->UseManualTime();
