@@ -89,14 +89,14 @@ TEST(ThreadThatHasNoRoom, LeavesTheObjectRunningWithoutAWord) {
   const Ending_s ending = runInChild([] {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, std::numeric_limits<std::size_t>::max() / 2);
+    pthread_attr_setstacksize(&attributes, std::numeric_limits<std::size_t>::max() / 16 * 15);
     pthread_setattr_default_np(&attributes);
-    unsigned long threadId = 0;
+    unsigned long threadId = 1; // no thread: to detach it would end the process
     Thread_c::startThread(threadId, speak, nullptr);
     Thread_c thread;
     thread.start(speak, nullptr);
     std::fflush(stdout);
-    _exit(threadId == 0 && thread.isRunning() ? 0 : 1);
+    _exit(threadId == 1 && thread.isRunning() ? 0 : 1);
   });
   EXPECT_EQ(0, ending.signal);
   EXPECT_EQ(0, ending.exitStatus);

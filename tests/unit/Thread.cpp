@@ -3,6 +3,7 @@
 #include "CapturedOutput.h"
 #include "ObjectMemory.h"
 
+#include <algorithm>
 #include <array>
 #include <dlfcn.h>
 #include <filesystem>
@@ -14,6 +15,8 @@
 #include <pthread.h>
 #include <sched.h>
 #include <semaphore.h>
+#include <set>
+#include <string>
 #include <unistd.h>
 
 using namespace TestSupport;
@@ -89,9 +92,21 @@ void letEnd(Job_s& job) {
   job.ends.wait();
 }
 
-std::size_t threadsOfThisProcess() {
-  const std::filesystem::directory_iterator threads("/proc/self/task");
-  return static_cast<std::size_t>(std::distance(begin(threads), end(threads)));
+using Threads = std::set<std::string>;
+
+Threads threadsOfThisProcess() {
+  Threads threads;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task")) {
+    threads.insert(entry.path().filename());
+  }
+  return threads;
+}
+
+Threads threadsSince(const Threads& before) {
+  const Threads now = threadsOfThisProcess();
+  Threads fresh;
+  std::set_difference(now.begin(), now.end(), before.begin(), before.end(), std::inserter(fresh, fresh.end()));
+  return fresh;
 }
 
 void* symbol(const char* mangledName) {
@@ -142,7 +157,8 @@ TEST(Thread, HasNoVirtualFunctionButItsTwoDestructors) {
 
 TEST(Thread, IsNotRunningAtFirstWhateverItsMemoryHeld) {
   alignas(Thread_c) std::array<unsigned char, sizeof(Thread_c)> memory;
-  memory.fill(0xFF);
+  memory.fill(1);                                   // "true" in every flag
+  asm volatile("" ::"r"(memory.data()) : "memory"); // looked at: not to be left out
   auto* thread = new (memory.data()) Thread_c;
   EXPECT_FALSE(thread->isRunning());
   thread->~Thread_c();
@@ -150,7 +166,8 @@ TEST(Thread, IsNotRunningAtFirstWhateverItsMemoryHeld) {
 
 TEST(Thread, IsNotAbortedAtFirst) {
   alignas(Thread_c) std::array<unsigned char, sizeof(Thread_c)> memory;
-  memory.fill(0xFF);
+  memory.fill(1);                                   // "true" in every flag
+  asm volatile("" ::"r"(memory.data()) : "memory"); // looked at: not to be left out
   auto* thread = new (memory.data()) Thread_c;
   EXPECT_FALSE(thread->isAborted());
   thread->~Thread_c();
@@ -217,10 +234,10 @@ TEST(ThreadStart, SecondTimeNeitherPrintsNorCreatesAThread) {
   Thread_c thread;
   const CapturedOutput_c captured;
   thread.start(runJob, &job);
-  const std::size_t threads = threadsOfThisProcess();
+  const Threads threads = threadsOfThisProcess();
   const auto threadId = field<unsigned long>(&thread, ThreadLayout::threadId);
   thread.start(runJob, &second);
-  EXPECT_EQ(threads, threadsOfThisProcess());
+  EXPECT_EQ(Threads(), threadsSince(threads));
   EXPECT_EQ(threadId, field<unsigned long>(&thread, ThreadLayout::threadId));
   EXPECT_EQ(line, captured.standardOutput());
   letLook(job);
@@ -228,25 +245,23 @@ TEST(ThreadStart, SecondTimeNeitherPrintsNorCreatesAThread) {
 }
 
 TEST(ThreadStart, IsIgnoredAfterTheJobHasReturnedAndAfterStop) {
-  const std::size_t threadsBefore = threadsOfThisProcess();
   Job_s job;
   Job_s second;
   Thread_c thread;
   const CapturedOutput_c captured;
+  const Threads before = threadsOfThisProcess();
   thread.start(runJob, &job);
-  const std::size_t threadsAtWork = threadsOfThisProcess();
-  EXPECT_LT(threadsBefore, threadsAtWork);
+  EXPECT_EQ(1U, threadsSince(before).size());
   letLook(job);
   letEnd(job);
-  while (threadsOfThisProcess() == threadsAtWork) {
+  while (!threadsSince(before).empty()) {
     sched_yield();
   }
-  const std::size_t threads = threadsOfThisProcess();
   EXPECT_TRUE(thread.isRunning());
   thread.start(runJob, &second);
   thread.stop();
   thread.start(runJob, &second);
-  EXPECT_EQ(threads, threadsOfThisProcess());
+  EXPECT_EQ(Threads(), threadsSince(before));
   EXPECT_TRUE(thread.isRunning());
   EXPECT_EQ(line, captured.standardOutput());
 }
