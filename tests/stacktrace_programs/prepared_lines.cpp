@@ -62,7 +62,7 @@ NameBuffer_s g_nameBuffer;
 
 namespace __cxxabiv1 {
 
-char* __cxa_demangle(const char* name, char* buffer, std::size_t* size, int* status) noexcept {
+char* __cxa_demangle(const char* name, char* buffer, std::size_t* size, int* status) {
   static const auto demangle = reinterpret_cast<Demangler>(dlsym(RTLD_NEXT, "__cxa_demangle"));
   if (buffer == nullptr || size == nullptr || malloc_usable_size(buffer) < *size) {
     std::fputs("no name buffer\n", stderr);
