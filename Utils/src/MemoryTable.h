@@ -91,13 +91,13 @@ private:
       ++m_next;
     }
     int digits = 0;
-    for (value = 0; isDigit(peek()) && digits <= maxDigits; ++digits, ++m_next) {
+    for (value = 0; digits < maxDigits && isDigit(peek()); ++digits, ++m_next) {
       value = value * 10 + (peek() - '0');
     }
     if (sign == '-') {
       value = -value;
     }
-    return digits > 0 && digits <= maxDigits;
+    return digits > 0 && !isDigit(peek());
   }
 
   void skipHeader() {
