@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <alloca.h>
 #include <array>
+#include <climits>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdlib>
@@ -19,7 +20,6 @@
 #include <new>
 #include <printf.h>
 #include <unistd.h>
-#include <unwind.h>
 #include <utility>
 #include <vector>
 
@@ -30,7 +30,7 @@ constexpr std::size_t messageSize = 4096;
 constexpr int32_t maxFileSize = 1000000;
 constexpr mode_t newFileMode = 0666; // less the umask, as for any file that is made through a stream
 constexpr std::size_t maxSecondPassValues = 16;
-constexpr unsigned int maxFramesOnStack = 1024;
+constexpr std::size_t maxFramesOnStack = 1024;
 constexpr std::size_t firstNameSize = 256;
 
 // Closed at once; failures have nobody to tell.
@@ -136,18 +136,6 @@ void handMessage(const char* fmt, va_list arguments) {
 
 #pragma GCC diagnostic pop
 
-_Unwind_Reason_Code countFrame(_Unwind_Context* /*context*/, void* count) {
-  ++*static_cast<unsigned int*>(count);
-  return _URC_NO_REASON;
-}
-
-// A limit beyond what fits on a stack is cut to what is there.
-unsigned int depthOfStack() {
-  unsigned int count = 0;
-  _Unwind_Backtrace(countFrame, &count);
-  return count;
-}
-
 void printFrame(FILE* out, char* line, char*& name, std::size_t& nameSize) {
   const StackTraceLine_s parts = splitStackTraceLine(line);
   if (parts.name == nullptr) {
@@ -234,21 +222,29 @@ void log_check_size() {
   }
 }
 
+// The stack is captured here and nowhere else: the first entry is this function's, and is not printed.
 void print_stacktrace(FILE* out, unsigned int maxFrames) {
   if (out == nullptr) {
     return;
   }
   std::fputs("stack trace:\n", out);
-  const unsigned int limit = std::min(maxFrames, maxFrames > maxFramesOnStack ? depthOfStack() : maxFramesOnStack);
-  std::vector<void*> manyFrames(limit > maxFramesOnStack ? limit + 1 : 0);
-  // The stack is captured here and nowhere else: the first entry is this function's, and is not printed.
-  auto** frames = manyFrames.empty() ? static_cast<void**>(alloca((limit + 1) * sizeof(void*))) : manyFrames.data();
-  const int count = backtrace(frames, static_cast<int>(limit + 1));
-  if (count <= 0) {
+  const std::size_t wanted = std::min<std::size_t>(maxFrames, INT_MAX - 1) + 1;
+  std::size_t size = std::min(wanted, maxFramesOnStack + 1);
+  auto** frames = static_cast<void**>(alloca(size * sizeof(void*)));
+  auto count = static_cast<std::size_t>(backtrace(frames, static_cast<int>(size)));
+  // A stack must not be asked to hold what it may not have room for: more frames go to the heap.
+  std::vector<void*> manyFrames;
+  while (count == size && size < wanted) {
+    size = std::min(wanted, 2 * size);
+    manyFrames.resize(size);
+    frames = manyFrames.data();
+    count = static_cast<std::size_t>(backtrace(frames, static_cast<int>(size)));
+  }
+  if (count == 0) {
     std::fputs("  <empty, possibly corrupt>\n", out);
     return;
   }
-  printFrames(out, frames, count);
+  printFrames(out, frames, static_cast<int>(count));
 }
 
 std::string GetDateTimeStamp() {
