@@ -15,6 +15,7 @@
 #include <cxxabi.h>
 #include <execinfo.h>
 #include <fcntl.h>
+#include <initializer_list>
 #include <ios>
 #include <memory>
 #include <new>
@@ -65,10 +66,10 @@ private:
 };
 
 // One write, at the end of the file: what threads and processes log at once stays whole.
-void appendToLog(const char* text) {
+void appendToLog(const char* text, std::size_t size) {
   const LogFile_c file(O_RDWR | O_CREAT | O_APPEND);
   if (file.isOpen()) {
-    file.append(text, std::strlen(text));
+    file.append(text, size);
   }
 }
 
@@ -103,11 +104,11 @@ void printWithZeros(const char* text, std::index_sequence<Real...>, std::index_s
 }
 
 // The text is its own format: a '%' left in it is expanded once more on standard error. On purpose.
-void printAsFormat(const char* text) {
-  if (isHarmlessFormat(text)) {
+void printAsFormat(const char* text, std::size_t size) {
+  if (std::memchr(text, '%', size) != nullptr && isHarmlessFormat(text)) {
     printWithZeros(text, std::make_index_sequence<8>(), std::make_index_sequence<3 * maxSecondPassValues>());
   } else {
-    std::fputs(text, stderr);
+    std::fwrite(text, 1, size, stderr);
   }
 }
 
@@ -136,20 +137,29 @@ void handMessage(const char* fmt, va_list arguments) {
 
 #pragma GCC diagnostic pop
 
-void printFrame(FILE* out, char* line, char*& name, std::size_t& nameSize) {
+// One line in one piece, so that it stays whole on a stream without a buffer.
+void printLine(FILE* out, std::string& text, std::initializer_list<const char*> parts) {
+  text.clear();
+  for (const char* part : parts) {
+    text += part;
+  }
+  std::fwrite(text.data(), 1, text.size(), out);
+}
+
+void printFrame(FILE* out, char* line, std::string& text, char*& name, std::size_t& nameSize) {
   const StackTraceLine_s parts = splitStackTraceLine(line);
   if (parts.name == nullptr) {
-    std::fprintf(out, "  %s\n", line);
+    printLine(out, text, {"  ", line, "\n"});
     return;
   }
   int status = 0;
   char* demangled = abi::__cxa_demangle(parts.name, name, &nameSize, &status);
   if (status != 0) {
-    std::fprintf(out, "  %s : %s()+%s\n", line, parts.name, parts.offset);
+    printLine(out, text, {"  ", line, " : ", parts.name, "()+", parts.offset, "\n"});
     return;
   }
   name = demangled;
-  std::fprintf(out, "  %s : %s+%s\n", line, name, parts.offset);
+  printLine(out, text, {"  ", line, " : ", name, "+", parts.offset, "\n"});
 }
 
 void printFrames(FILE* out, void* const* frames, int count) {
@@ -159,8 +169,9 @@ void printFrames(FILE* out, void* const* frames, int count) {
   }
   std::size_t nameSize = firstNameSize;
   auto* name = static_cast<char*>(std::malloc(nameSize));
+  std::string text;
   for (int index = 1; index < count; ++index) {
-    printFrame(out, lines[index], name, nameSize);
+    printFrame(out, lines[index], text, name, nameSize);
   }
   std::free(name);
   std::free(lines);
@@ -204,8 +215,9 @@ void set_log_filename(const char* name) {
 }
 
 void default_log_handler(const char* text) {
-  appendToLog(text);
-  printAsFormat(text);
+  const std::size_t size = std::strlen(text);
+  appendToLog(text, size);
+  printAsFormat(text, size);
 }
 
 void log_clear() {

@@ -119,7 +119,7 @@ bool getSubDirectories(const char* directory, std::vector<std::string>& names, b
     return false;
   }
   while (const char* name = listing.next()) {
-    struct stat status = {};
+    struct stat status; // NOLINT: filled by the next call
     if (listing.look(name, status) && isDirectory(status) && !isDirectoryItself(name)) {
       names.emplace_back(name);
     }
@@ -140,7 +140,7 @@ bool getFilesAndFileSizeInDirectory(const char* directory, FileOperations_c& res
     return false;
   }
   while (const char* name = listing.next()) {
-    struct stat status = {};
+    struct stat status; // NOLINT: filled by the next call
     if (!listing.look(name, status)) {
       listing.close();
       forceUnmount(result.m_Directory.c_str());

@@ -1,6 +1,8 @@
 // Takes a line of backtrace_symbols apart: module, "(", symbol, "+", offset, ")" and the address in brackets.
 #pragma once
 
+#include <cstring>
+
 // StackTraceLine_s: the parts of a line; all null where the line has another form.
 struct StackTraceLine_s {
   const char* module = nullptr;
@@ -19,12 +21,15 @@ inline StackTraceLine_s splitStackTraceLine(char* line) {
   char* open = nullptr;
   char* plus = nullptr;
   char* end = nullptr;
-  for (char* place = line; *place != '\0' && end == nullptr; ++place) {
+  // Names of templates are long: the search goes from one mark to the next.
+  constexpr const char* marks = "(+)";
+  for (char* place = std::strpbrk(line, marks); place != nullptr && end == nullptr;
+       place = std::strpbrk(place + 1, marks)) {
     if (*place == '(') {
       open = place;
     } else if (*place == '+') {
       plus = place;
-    } else if (*place == ')' && plus != nullptr) {
+    } else if (plus != nullptr) {
       end = place;
     }
   }
