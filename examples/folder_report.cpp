@@ -9,10 +9,13 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <semaphore.h>
 #include <unistd.h>
 
 namespace {
+
+constexpr const char* usage = "usage: zemo-folder-report FOLDER LOGFILE";
 
 struct Listing_s {
   std::string folder; // with "/" at its end
@@ -63,8 +66,12 @@ int logListing(const Listing_s& listing) {
 } // namespace
 
 int main(int argc, char** argv) {
+  if (argc == 2 && std::strcmp(argv[1], "--help") == 0) {
+    std::printf("%s\nAppends to LOGFILE what there is in FOLDER, on its medium and in memory.\n", usage);
+    return EXIT_SUCCESS;
+  }
   if (argc != 3) {
-    std::fprintf(stderr, "usage: zemo-folder-report FOLDER LOGFILE\n");
+    std::fprintf(stderr, "%s\n", usage);
     return 2;
   }
   set_log_filename(argv[2]);
