@@ -1,0 +1,268 @@
+// Well-formed UTF-16 on the fast way, turned into UTF-8.
+//
+// Each unit becomes a word with its one to three bytes, and the bytes that count are moved together. Pairs of
+// surrogates are taken four at a time, or one by one.
+#pragma once
+
+#include "UtfBlocks.h"
+
+#if defined(ZEMO_UTF_BLOCKS)
+
+namespace Utf {
+
+constexpr std::size_t unitsOfBlock = 8;
+
+// The bytes of four characters of one to three bytes.
+struct Packed_s {
+  __m128i bytes;
+  std::size_t count;
+};
+
+// Values below U+10000 in words of 32 bits, surrogates aside.
+template <class Pack_s>
+__attribute__((always_inline)) inline Packed_s packFour(__m128i values) {
+  const __m128i isMany = _mm_cmpgt_epi32(values, words(0x7F));
+  const __m128i isThree = _mm_cmpgt_epi32(values, words(0x7FF));
+  const __m128i first = _mm_srli_epi32(values, 12);
+  const __m128i middle = _mm_and_si128(_mm_slli_epi32(values, 2), words(0x3F00));
+  const __m128i last = _mm_and_si128(_mm_slli_epi32(values, 16), words(0x3F0000));
+  const __m128i marks = _mm_xor_si128(words(0x80C000), _mm_and_si128(isThree, words(0x80C000 ^ 0x8080E0)));
+  const __m128i many = _mm_or_si128(_mm_or_si128(first, middle), _mm_or_si128(last, marks));
+  const __m128i one = _mm_slli_epi32(values, 16);
+  const __m128i characters = _mm_or_si128(_mm_and_si128(isMany, many), _mm_andnot_si128(isMany, one));
+  const int lengths = _mm_movemask_ps(_mm_castsi128_ps(isMany)) | _mm_movemask_ps(_mm_castsi128_ps(isThree)) << 4;
+  const auto index = static_cast<uint32_t>(lengths);
+  return {Pack_s::packBytes(characters, index), bytePacking.counts[index]};
+}
+
+// The bytes of eight units without surrogates, in two halves. The last units may be zeros that do not count.
+struct Bytes_s {
+  Packed_s low;
+  Packed_s high;
+
+  std::size_t count() const { return low.count + high.count; }
+
+  // Writes 16 bytes from where each half begins.
+  void write(uint8_t* target) const {
+    storeBlock(target, low.bytes);
+    storeBlock(target + low.count, high.bytes);
+  }
+};
+
+template <class Pack_s>
+__attribute__((always_inline)) inline Bytes_s bytesOf(__m128i block) {
+  return {packFour<Pack_s>(_mm_unpacklo_epi16(block, _mm_setzero_si128())),
+          packFour<Pack_s>(_mm_unpackhi_epi16(block, _mm_setzero_si128()))};
+}
+
+inline __m128i surrogatesOf(__m128i block) {
+  return _mm_cmpeq_epi16(_mm_and_si128(block, units(0xF800)), units(0xD800));
+}
+
+inline uint32_t maskOfUnits(__m128i flags, __m128i moreFlags) {
+  return maskOf(_mm_packs_epi16(flags, moreFlags));
+}
+
+// Up to eight units, with zeros behind them.
+inline __m128i loadUnits(const uint16_t* text, std::size_t size) {
+  return size == unitsOfBlock ? loadBlock(text) : loadPart(reinterpret_cast<const uint8_t*>(text), 2 * size);
+}
+
+// The last units, up to eight, of a text of eight at least.
+template <class Pack_s>
+inline __m128i loadLastUnits(const uint16_t* end, std::size_t size) {
+  return Pack_s::moveToFront(loadBlock(end - unitsOfBlock), 2 * (unitsOfBlock - size));
+}
+
+// Units up to the first surrogate, and how many bytes they become.
+struct Run_s {
+  std::size_t units;
+  std::size_t bytes;
+};
+
+inline bool survey(__m128i block, std::size_t size, Run_s& run) {
+  const __m128i none = _mm_setzero_si128();
+  const uint32_t surrogates = maskOfUnits(surrogatesOf(block), none);
+  const std::size_t length = std::min(size, static_cast<std::size_t>(__builtin_ctz(surrogates | 1U << unitsOfBlock)));
+  const __m128i isOne = _mm_cmpeq_epi16(_mm_subs_epu16(block, units(0x7F)), none);
+  const __m128i isTwoAtMost = _mm_cmpeq_epi16(_mm_subs_epu16(block, units(0x7FF)), none);
+  const uint32_t more = ~maskOfUnits(isOne, isTwoAtMost);
+  const uint32_t counted = (1U << length) - 1;
+  run.units += length;
+  run.bytes += length + unitPacking.counts[more & counted] + unitPacking.counts[more >> 8 & counted];
+  return length == unitsOfBlock;
+}
+
+inline Run_s surveyRun(const uint16_t* text, std::size_t size) {
+  Run_s run = {0, 0};
+  while (size - run.units >= unitsOfBlock) {
+    if (!survey(loadBlock(text + run.units), unitsOfBlock, run)) {
+      return run;
+    }
+  }
+  if (run.units < size) {
+    survey(loadUnits(text + run.units, size - run.units), size - run.units, run);
+  }
+  return run;
+}
+
+constexpr std::size_t spareBytes = 2 * blockSize;
+constexpr std::size_t longestRun = 256;
+
+// Lets a result be written that leaves 32 bytes of anything behind it, so that nothing of them is seen. False where
+// there is no room.
+template <class Write_c>
+__attribute__((always_inline)) inline bool writeExactly(uint8_t* target, std::size_t room, std::size_t size,
+                                                        const Write_c& write) {
+  if (room < size) {
+    return false;
+  }
+  if (room - size >= spareBytes) {
+    const __m128i behind = loadBlock(target + size);
+    const __m128i farBehind = loadBlock(target + size + blockSize);
+    write(target);
+    storeBlock(target + size, behind);
+    storeBlock(target + size + blockSize, farBehind);
+    return true;
+  }
+  std::array<uint8_t, 3 * longestRun + 2 * spareBytes> result; // NOLINT: filled by the next line
+  write(result.data());
+  copyExactly(target, result.data(), size);
+  return true;
+}
+
+// The whole of a text of at most 16 units without surrogates; gives how many bytes, 0 where that cannot be.
+template <class Pack_s>
+inline std::size_t takeShort(const uint16_t* text, std::size_t size, uint8_t* target, std::size_t room) {
+  if (size <= unitsOfBlock) {
+    const __m128i block = loadUnits(text, size);
+    const Bytes_s result = bytesOf<Pack_s>(block);
+    const std::size_t count = result.count() - (unitsOfBlock - size);
+    const auto write = [&](uint8_t* place) { result.write(place); };
+    return maskOf(surrogatesOf(block)) == 0 && writeExactly(target, room, count, write) ? count : 0;
+  }
+  const __m128i first = loadBlock(text);
+  const __m128i second = loadLastUnits<Pack_s>(text + size, size - unitsOfBlock);
+  const Bytes_s firstResult = bytesOf<Pack_s>(first);
+  const Bytes_s secondResult = bytesOf<Pack_s>(second);
+  const std::size_t count = firstResult.count() + secondResult.count() - (2 * unitsOfBlock - size);
+  const auto write = [&](uint8_t* place) {
+    firstResult.write(place);
+    secondResult.write(place + firstResult.count());
+  };
+  const bool hasSurrogates = maskOf(_mm_or_si128(surrogatesOf(first), surrogatesOf(second))) != 0;
+  return !hasSurrogates && writeExactly(target, room, count, write) ? count : 0;
+}
+
+template <class Pack_s>
+inline void writeRun(const uint16_t* text, std::size_t size, uint8_t* target) {
+  std::size_t place = 0;
+  for (; size - place >= unitsOfBlock; place += unitsOfBlock) {
+    const Bytes_s result = bytesOf<Pack_s>(loadBlock(text + place));
+    result.write(target);
+    target += result.count();
+  }
+  if (place < size) {
+    bytesOf<Pack_s>(loadUnits(text + place, size - place)).write(target);
+  }
+}
+
+// Four pairs of surrogates as four characters of four bytes.
+inline __m128i charactersOf(__m128i pairs) {
+  const __m128i high = _mm_slli_epi32(_mm_and_si128(pairs, words(0x3FF)), 10);
+  const __m128i low = _mm_and_si128(_mm_srli_epi32(pairs, 16), words(0x3FF));
+  const __m128i values = _mm_add_epi32(_mm_or_si128(high, low), words(0x10000));
+  const __m128i first = _mm_srli_epi32(values, 18);
+  const __m128i second = _mm_and_si128(_mm_srli_epi32(values, 4), words(0x3F00));
+  const __m128i third = _mm_and_si128(_mm_slli_epi32(values, 10), words(0x3F0000));
+  const __m128i fourth = _mm_and_si128(_mm_slli_epi32(values, 24), words(0x3F000000));
+  return _mm_or_si128(_mm_or_si128(first, second), _mm_or_si128(_mm_or_si128(third, fourth), words(0x808080F0)));
+}
+
+inline bool isFourPairs(__m128i block) {
+  return maskOf(_mm_cmpeq_epi32(_mm_and_si128(block, words(0xFC00FC00)), words(0xDC00D800))) == 0xFFFF;
+}
+
+// Where a conversion stands.
+struct Cursors_s {
+  const uint16_t* source;
+  const uint16_t* sourceEnd;
+  uint8_t* target;
+  uint8_t* targetEnd;
+
+  std::size_t size() const { return unitsBetween(source, sourceEnd); }
+  std::size_t room() const { return unitsBetween<uint8_t>(target, targetEnd); }
+  void advance(std::size_t taken, std::size_t written) {
+    source += taken;
+    target += written;
+  }
+};
+
+// ASCII, block by block.
+inline void takeAscii(Cursors_s& cursors) {
+  while (std::min(cursors.size(), cursors.room()) >= blockSize) {
+    const __m128i low = loadBlock(cursors.source);
+    const __m128i high = loadBlock(cursors.source + unitsOfBlock);
+    const __m128i beyond = _mm_and_si128(_mm_or_si128(low, high), units(0xFF80));
+    if (maskOf(_mm_cmpeq_epi16(beyond, _mm_setzero_si128())) != 0xFFFF) {
+      return;
+    }
+    storeBlock(cursors.target, _mm_packus_epi16(low, high));
+    cursors.advance(blockSize, blockSize);
+  }
+}
+
+// Pairs of surrogates, as many as there are in a row.
+inline void takePairs(Cursors_s& cursors) {
+  while (cursors.size() >= unitsOfBlock && cursors.room() >= blockSize) {
+    const __m128i block = loadBlock(cursors.source);
+    if (!isFourPairs(block)) {
+      break;
+    }
+    storeBlock(cursors.target, charactersOf(block));
+    cursors.advance(unitsOfBlock, blockSize);
+  }
+  while (cursors.size() >= 2 && cursors.room() >= 4 && isHighSurrogate(load(cursors.source)) &&
+         isLowSurrogate(load(cursors.source + 1))) {
+    const Character_s pair = readCharacter(cursors.source, cursors.sourceEnd, strict);
+    writeCharacter(cursors.target, pair.value, 4);
+    cursors.advance(2, 4);
+  }
+}
+
+template <class Pack_s>
+inline void takeRun(Cursors_s& cursors) {
+  const Run_s run = surveyRun(cursors.source, std::min(cursors.size(), longestRun));
+  const auto write = [&](uint8_t* place) { writeRun<Pack_s>(cursors.source, run.units, place); };
+  if (writeExactly(cursors.target, cursors.room(), run.bytes, write)) {
+    cursors.advance(run.units, run.bytes);
+  }
+}
+
+// Converts UTF-16 while there are well-formed characters and room for them.
+template <class Pack_s>
+inline void takeUtf16(const uint16_t** source, const uint16_t* sourceEnd, uint8_t** target, uint8_t* targetEnd) {
+  Cursors_s cursors = {*source, sourceEnd, *target, targetEnd};
+  const std::size_t size = cursors.size();
+  if (size > 0 && size <= 2 * unitsOfBlock) {
+    cursors.advance(0, takeShort<Pack_s>(cursors.source, size, cursors.target, cursors.room()));
+    if (cursors.target != *target) {
+      *source = sourceEnd;
+      *target = cursors.target;
+      return;
+    }
+  }
+  const uint16_t* before = nullptr;
+  while (cursors.size() > 0 && cursors.source != before) {
+    before = cursors.source;
+    takeAscii(cursors);
+    takeRun<Pack_s>(cursors);
+    takePairs(cursors);
+  }
+  *source = cursors.source;
+  *target = cursors.target;
+}
+
+} // namespace Utf
+
+#endif
