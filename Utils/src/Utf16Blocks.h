@@ -59,10 +59,6 @@ inline __m128i surrogatesOf(__m128i block) {
   return _mm_cmpeq_epi16(_mm_and_si128(block, units(0xF800)), units(0xD800));
 }
 
-inline uint32_t maskOfUnits(__m128i flags, __m128i moreFlags) {
-  return maskOf(_mm_packs_epi16(flags, moreFlags));
-}
-
 // Up to eight units, with zeros behind them.
 inline __m128i loadUnits(const uint16_t* text, std::size_t size) {
   return size == unitsOfBlock ? loadBlock(text) : loadPart(reinterpret_cast<const uint8_t*>(text), 2 * size);
@@ -74,36 +70,68 @@ inline __m128i loadLastUnits(const uint16_t* end, std::size_t size) {
   return Pack_s::moveToFront(loadBlock(end - unitsOfBlock), 2 * (unitsOfBlock - size));
 }
 
+// Counts the bytes of units without surrogates.
+class ByteCounter_c {
+public:
+  __attribute__((always_inline)) void take(__m128i block) {
+    const __m128i none = _mm_setzero_si128();
+    const __m128i isOne = _mm_cmpeq_epi16(_mm_subs_epu16(block, units(0x7F)), none);
+    const __m128i isTwoAtMost = _mm_cmpeq_epi16(_mm_subs_epu16(block, units(0x7FF)), none);
+    m_saved = _mm_sub_epi16(m_saved, _mm_add_epi16(isOne, isTwoAtMost));
+    m_surrogates = _mm_or_si128(m_surrogates, surrogatesOf(block));
+  }
+
+  bool hasSurrogates() const { return maskOf(m_surrogates) != 0; }
+
+  // Of that many units.
+  std::size_t bytes(std::size_t size) const {
+    const __m128i sums = _mm_sad_epu8(m_saved, _mm_setzero_si128());
+    const int saved = _mm_cvtsi128_si32(sums) + _mm_cvtsi128_si32(_mm_srli_si128(sums, 8));
+    return 3 * size - static_cast<std::size_t>(saved);
+  }
+
+private:
+  __m128i m_saved = _mm_setzero_si128(); // of three bytes for each unit; a run is short enough for a byte
+  __m128i m_surrogates = _mm_setzero_si128();
+};
+
+// Visits the blocks of a run; behind its last units stand zeros.
+template <class Pack_s, class Visit_c>
+__attribute__((always_inline)) inline void visitUnits(const uint16_t* text, std::size_t size, const Visit_c& visit) {
+  std::size_t place = 0;
+  for (; size - place >= unitsOfBlock; place += unitsOfBlock) {
+    visit(loadBlock(text + place));
+  }
+  if (place == size) {
+    return;
+  }
+  visit(size < unitsOfBlock ? loadUnits(text, size) : loadLastUnits<Pack_s>(text + size, size - place));
+}
+
+// Units up to the first surrogate.
+inline std::size_t unitsBeforeSurrogate(const uint16_t* text, std::size_t size) {
+  std::size_t place = 0;
+  while (place < size && !isSurrogate(load(text + place))) {
+    ++place;
+  }
+  return place;
+}
+
 // Units up to the first surrogate, and how many bytes they become.
 struct Run_s {
   std::size_t units;
   std::size_t bytes;
 };
 
-inline bool survey(__m128i block, std::size_t size, Run_s& run) {
-  const __m128i none = _mm_setzero_si128();
-  const uint32_t surrogates = maskOfUnits(surrogatesOf(block), none);
-  const std::size_t length = std::min(size, static_cast<std::size_t>(__builtin_ctz(surrogates | 1U << unitsOfBlock)));
-  const __m128i isOne = _mm_cmpeq_epi16(_mm_subs_epu16(block, units(0x7F)), none);
-  const __m128i isTwoAtMost = _mm_cmpeq_epi16(_mm_subs_epu16(block, units(0x7FF)), none);
-  const uint32_t more = ~maskOfUnits(isOne, isTwoAtMost);
-  const uint32_t counted = (1U << length) - 1;
-  run.units += length;
-  run.bytes += length + unitPacking.counts[more & counted] + unitPacking.counts[more >> 8 & counted];
-  return length == unitsOfBlock;
-}
-
+template <class Pack_s>
 inline Run_s surveyRun(const uint16_t* text, std::size_t size) {
-  Run_s run = {0, 0};
-  while (size - run.units >= unitsOfBlock) {
-    if (!survey(loadBlock(text + run.units), unitsOfBlock, run)) {
-      return run;
-    }
+  ByteCounter_c counter;
+  visitUnits<Pack_s>(text, size, [&](__m128i block) { counter.take(block); });
+  if (counter.hasSurrogates()) {
+    return surveyRun<Pack_s>(text, unitsBeforeSurrogate(text, size));
   }
-  if (run.units < size) {
-    survey(loadUnits(text + run.units, size - run.units), size - run.units, run);
-  }
-  return run;
+  const std::size_t withZeros = (size + unitsOfBlock - 1) / unitsOfBlock * unitsOfBlock;
+  return {size, counter.bytes(withZeros) - (withZeros - size)};
 }
 
 constexpr std::size_t spareBytes = 2 * blockSize;
@@ -156,15 +184,11 @@ inline std::size_t takeShort(const uint16_t* text, std::size_t size, uint8_t* ta
 
 template <class Pack_s>
 inline void writeRun(const uint16_t* text, std::size_t size, uint8_t* target) {
-  std::size_t place = 0;
-  for (; size - place >= unitsOfBlock; place += unitsOfBlock) {
-    const Bytes_s result = bytesOf<Pack_s>(loadBlock(text + place));
+  visitUnits<Pack_s>(text, size, [&](__m128i block) {
+    const Bytes_s result = bytesOf<Pack_s>(block);
     result.write(target);
     target += result.count();
-  }
-  if (place < size) {
-    bytesOf<Pack_s>(loadUnits(text + place, size - place)).write(target);
-  }
+  });
 }
 
 // Four pairs of surrogates as four characters of four bytes.
@@ -198,9 +222,9 @@ struct Cursors_s {
   }
 };
 
-// ASCII, block by block.
+// ASCII, block by block, in texts where it pays to look for it.
 inline void takeAscii(Cursors_s& cursors) {
-  while (std::min(cursors.size(), cursors.room()) >= blockSize) {
+  while (std::min(cursors.size(), cursors.room()) >= 4 * blockSize) {
     const __m128i low = loadBlock(cursors.source);
     const __m128i high = loadBlock(cursors.source + unitsOfBlock);
     const __m128i beyond = _mm_and_si128(_mm_or_si128(low, high), units(0xFF80));
@@ -232,7 +256,7 @@ inline void takePairs(Cursors_s& cursors) {
 
 template <class Pack_s>
 inline void takeRun(Cursors_s& cursors) {
-  const Run_s run = surveyRun(cursors.source, std::min(cursors.size(), longestRun));
+  const Run_s run = surveyRun<Pack_s>(cursors.source, std::min(cursors.size(), longestRun));
   const auto write = [&](uint8_t* place) { writeRun<Pack_s>(cursors.source, run.units, place); };
   if (writeExactly(cursors.target, cursors.room(), run.bytes, write)) {
     cursors.advance(run.units, run.bytes);
@@ -257,7 +281,9 @@ inline void takeUtf16(const uint16_t** source, const uint16_t* sourceEnd, uint8_
     before = cursors.source;
     takeAscii(cursors);
     takeRun<Pack_s>(cursors);
-    takePairs(cursors);
+    if (cursors.size() > 0) {
+      takePairs(cursors);
+    }
   }
   *source = cursors.source;
   *target = cursors.target;

@@ -14,25 +14,9 @@ inline __m128i continuationsOf(__m128i block) {
   return _mm_cmplt_epi8(block, bytes(0xC0));
 }
 
-inline __m128i leadsOfFour(__m128i block) {
+inline __m128i areLeadsOfFour(__m128i block) {
   return _mm_cmpeq_epi8(_mm_max_epu8(block, bytes(0xF0)), block);
 }
-
-// What the bytes of a block are, one bit each, those of them that are asked for.
-struct Kinds_s {
-  uint32_t nonAscii;
-  uint32_t continuations; // 80 to BF
-  uint32_t leads34;       // E0 and above
-  uint32_t leads4;        // F0 and above
-
-  Kinds_s(__m128i block, uint32_t asked)
-      : nonAscii(maskOf(block) & asked), continuations(maskOf(continuationsOf(block)) & asked),
-        leads34(maskOf(_mm_cmpgt_epi8(block, bytes(0xDF))) & nonAscii),
-        leads4(maskOf(_mm_cmpgt_epi8(block, bytes(0xEF))) & nonAscii) {}
-
-  // Where continuations have to be, by the leads.
-  uint32_t expected() const { return (nonAscii & ~continuations) << 1 | leads34 << 2 | leads4 << 3; }
-};
 
 // Which bytes cannot follow the byte before them: after C0 and C1 none, after E0 those below A0, after ED those from
 // A0.
@@ -114,37 +98,42 @@ __attribute__((always_inline)) inline void visitBlocks(const uint8_t* text, std:
   visit(windowAt(text, end - blockSize), lastTask(end - place));
 }
 
-// Follows a piece of UTF-8 from block to block.
+// Follows a piece of UTF-8 from block to block. Characters of four bytes are rare and cost more: without them a
+// follower calls such a piece not well-formed, and another one may try again.
+template <bool WithFour>
 class Follower_c {
 public:
   // Gives the bytes that end a unit of UTF-16, one bit each: the last byte of each character, and of a character of
   // four the third as well.
   __attribute__((always_inline)) uint32_t take(const Window_s& window, const Task_s& task) {
-    const Kinds_s kinds(window.block, task.fresh);
-    const uint32_t expected = kinds.expected() | m_expected << task.first;
-    const uint32_t thirds = kinds.leads4 << 2 | m_thirds << task.first;
-    m_wrong |= (expected & allBytes) ^ kinds.continuations;
-    m_wrong |= maskOf(brokenRules(window.block, window.before1)) & task.fresh;
-    if ((kinds.leads4 | m_leads4) != 0) {
-      m_wrong |= maskOf(brokenRulesOfFour(window.block, window.before1)) & task.fresh;
-      m_hasFour = true;
+    const uint32_t nonAscii = maskOf(window.block) & task.fresh;
+    const uint32_t continuations = maskOf(continuationsOf(window.block)) & task.fresh;
+    const uint32_t leadsOfThree = maskOf(_mm_cmpgt_epi8(window.block, bytes(0xDF))) & nonAscii; // or of more
+    uint32_t expected = (nonAscii & ~continuations) << 1 | leadsOfThree << 2 | m_expected << task.first;
+    __m128i broken = brokenRules(window.block, window.before1);
+    uint32_t thirds = 0;
+    if constexpr (WithFour) {
+      const uint32_t leadsOfFour = maskOf(areLeadsOfFour(window.block)) & task.fresh;
+      expected |= leadsOfFour << 3;
+      thirds = leadsOfFour << 2 | m_thirds << task.first;
+      m_thirds = thirds >> blockSize;
+      broken = _mm_or_si128(broken, brokenRulesOfFour(window.block, window.before1));
     }
+    m_wrong |= ((expected & allBytes) ^ continuations) | (maskOf(broken) & task.fresh);
     m_expected = expected >> blockSize;
-    m_thirds = thirds >> blockSize;
-    m_leads4 = kinds.leads4;
-    const uint32_t lasts = (~kinds.continuations & allBytes) >> 1 | uint32_t{task.isNextStart} << (blockSize - 1);
+    m_largest = _mm_max_epu8(m_largest, window.block);
+    const uint32_t lasts = (~continuations & allBytes) >> 1 | uint32_t{task.isNextStart} << (blockSize - 1);
     return (lasts | thirds) & task.fresh;
   }
 
-  bool isWellFormed() const { return (m_wrong | m_expected) == 0; }
-  bool hasFour() const { return m_hasFour; }
+  bool hasFour() const { return maskOf(areLeadsOfFour(m_largest)) != 0; }
+  bool isWellFormed() const { return (m_wrong | m_expected) == 0 && (WithFour || !hasFour()); }
 
 private:
   uint32_t m_wrong = 0;
   uint32_t m_expected = 0; // continuations that the next block has to begin with
   uint32_t m_thirds = 0;   // third bytes of four in the next block
-  uint32_t m_leads4 = 0;   // of the block before
-  bool m_hasFour = false;
+  __m128i m_largest = _mm_setzero_si128();
 };
 
 // The values at the bytes of a block, in two halves.
@@ -178,8 +167,8 @@ inline __m128i withSurrogates(__m128i values, __m128i isHigh, __m128i isLow) {
 
 inline Values_s valuesWithSurrogates(const Window_s& window) {
   const Values_s values = valuesOf(window);
-  const __m128i isHigh = leadsOfFour(window.before2);
-  const __m128i isLow = leadsOfFour(window.before3);
+  const __m128i isHigh = areLeadsOfFour(window.before2);
+  const __m128i isLow = areLeadsOfFour(window.before3);
   return {withSurrogates(values.low, _mm_unpacklo_epi8(isHigh, isHigh), _mm_unpacklo_epi8(isLow, isLow)),
           withSurrogates(values.high, _mm_unpackhi_epi8(isHigh, isHigh), _mm_unpackhi_epi8(isLow, isLow))};
 }
@@ -242,16 +231,17 @@ inline std::size_t countOf(uint32_t ends) {
 
 constexpr std::size_t pieceSize = 256;
 
-// Where the units of a piece end, block by block.
+// Where the units of a piece end, block by block, and how many there are.
 struct Plan_s {
   std::array<uint32_t, pieceSize / blockSize> ends;
-  std::size_t size; // of the piece, in units of UTF-16
+  std::size_t size;
   bool isWellFormed;
   bool hasFour;
 };
 
+template <bool WithFour>
 inline void makePlan(const uint8_t* text, std::size_t begin, std::size_t end, Plan_s& plan) {
-  Follower_c follower;
+  Follower_c<WithFour> follower;
   std::size_t size = 0;
   std::size_t index = 0;
   visitBlocks(text, begin, end, [&](const Window_s& window, const Task_s& task) {
@@ -262,6 +252,17 @@ inline void makePlan(const uint8_t* text, std::size_t begin, std::size_t end, Pl
   plan.size = size;
   plan.isWellFormed = follower.isWellFormed();
   plan.hasFour = follower.hasFour();
+}
+
+// hasFour: whether characters of four bytes are likely; afterwards, whether there were any.
+inline void makePlan(const uint8_t* text, std::size_t begin, std::size_t end, bool& hasFour, Plan_s& plan) {
+  if (!hasFour) {
+    makePlan<false>(text, begin, end, plan);
+  }
+  if (hasFour || plan.hasFour) {
+    makePlan<true>(text, begin, end, plan);
+  }
+  hasFour = plan.hasFour;
 }
 
 template <class Pack_s, class Unit_t>
@@ -310,13 +311,13 @@ __attribute__((always_inline)) inline bool writeExactly(Unit_t* target, std::siz
 // The whole of a text of at most 32 bytes without characters of four; gives how many units, 0 where that cannot be.
 template <class Pack_s, class Unit_t>
 inline std::size_t takeShort(const uint8_t* text, std::size_t size, Unit_t* target, std::size_t room) {
-  Follower_c follower;
+  Follower_c<false> follower;
   if (size <= blockSize) {
     const Window_s window = windowOfAll(text, size);
     const uint32_t ends = follower.take(window, Task_s{(1U << size) - 1, 0, true});
     const std::size_t count = countOf(ends);
     const auto write = [&](Unit_t* place) { writeValues<Pack_s>(valuesOf(window), ends, place); };
-    return follower.isWellFormed() && !follower.hasFour() && writeExactly(target, room, count, write) ? count : 0;
+    return follower.isWellFormed() && writeExactly(target, room, count, write) ? count : 0;
   }
   const Window_s first = windowAtStart(loadBlock(text));
   const Window_s second = windowAt(text, size - blockSize);
@@ -327,7 +328,7 @@ inline std::size_t takeShort(const uint8_t* text, std::size_t size, Unit_t* targ
     place += writeValues<Pack_s>(valuesOf(first), firstEnds, place);
     writeValues<Pack_s>(valuesOf(second), secondEnds, place);
   };
-  return follower.isWellFormed() && !follower.hasFour() && writeExactly(target, room, count, write) ? count : 0;
+  return follower.isWellFormed() && writeExactly(target, room, count, write) ? count : 0;
 }
 
 // The last place up to a limit where a character begins.
@@ -344,10 +345,10 @@ inline std::size_t endOfPiece(const uint8_t* text, std::size_t begin, std::size_
 
 // One piece of a text; gives how many units, 0 where the fast way ends.
 template <class Pack_s>
-inline std::size_t takePiece(const uint8_t* text, std::size_t begin, std::size_t end, uint16_t* target,
+inline std::size_t takePiece(const uint8_t* text, std::size_t begin, std::size_t end, bool& hasFour, uint16_t* target,
                              std::size_t room) {
   Plan_s plan; // NOLINT: filled by the next line
-  makePlan(text, begin, end, plan);
+  makePlan(text, begin, end, hasFour, plan);
   const auto write = [&](uint16_t* place) {
     plan.hasFour ? writePieceWithFour<Pack_s>(text, begin, end, plan, place)
                  : writePiece<Pack_s>(text, begin, end, plan, place);
@@ -356,10 +357,10 @@ inline std::size_t takePiece(const uint8_t* text, std::size_t begin, std::size_t
 }
 
 template <class Pack_s>
-inline std::size_t takePiece(const uint8_t* text, std::size_t begin, std::size_t end, uint32_t* target,
+inline std::size_t takePiece(const uint8_t* text, std::size_t begin, std::size_t end, bool& hasFour, uint32_t* target,
                              std::size_t room) {
   Plan_s plan; // NOLINT: filled by the next line
-  makePlan(text, begin, end, plan);
+  makePlan(text, begin, end, hasFour, plan);
   if (plan.hasFour) {
     const uint8_t* source = text + begin;
     uint32_t* result = target;
@@ -370,12 +371,12 @@ inline std::size_t takePiece(const uint8_t* text, std::size_t begin, std::size_t
   return plan.isWellFormed && writeExactly(target, room, plan.size, write) ? plan.size : 0;
 }
 
-// Blocks of ASCII, while there is more than a piece of text or so; gives how many bytes.
+// ASCII, block by block, in texts where it pays to look for it; gives how many bytes.
 template <class Unit_t>
 inline std::size_t takeAscii(const uint8_t* text, std::size_t size, Unit_t* target, std::size_t room) {
   const std::size_t limit = std::min(size, room);
   std::size_t place = 0;
-  for (; limit - place >= blockSize; place += blockSize) {
+  for (; limit - place >= 4 * blockSize; place += blockSize) {
     const __m128i block = loadBlock(text + place);
     if (maskOf(block) != 0) {
       break;
@@ -403,13 +404,15 @@ inline void takeUtf8(const uint8_t** source, const uint8_t* sourceEnd, Unit_t** 
     }
   }
   std::size_t place = 0;
+  bool hasFour = false;
   while (place < size) {
     const std::size_t ascii = takeAscii(text + place, size - place, *target, unitsBetween<Unit_t>(*target, targetEnd));
     place += ascii;
     *target += ascii;
     const std::size_t end = endOfPiece(text, place, size, pieceSize);
     const std::size_t written =
-        end > place ? takePiece<Pack_s>(text, place, end, *target, unitsBetween<Unit_t>(*target, targetEnd)) : 0;
+        end > place ? takePiece<Pack_s>(text, place, end, hasFour, *target, unitsBetween<Unit_t>(*target, targetEnd))
+                    : 0;
     if (written == 0) {
       break;
     }
@@ -419,25 +422,46 @@ inline void takeUtf8(const uint8_t** source, const uint8_t* sourceEnd, Unit_t** 
   *source = text + place;
 }
 
-inline bool isAscii64(const uint8_t* text) {
+inline bool isAsciiFourTimes(const uint8_t* text) {
   const __m128i first = _mm_or_si128(loadBlock(text), loadBlock(text + 16));
   const __m128i second = _mm_or_si128(loadBlock(text + 32), loadBlock(text + 48));
   return maskOf(_mm_or_si128(first, second)) == 0;
+}
+
+template <bool WithFour>
+inline Follower_c<WithFour> followPiece(const uint8_t* text, std::size_t begin, std::size_t end) {
+  Follower_c<WithFour> follower;
+  visitBlocks(text, begin, end, [&](const Window_s& window, const Task_s& task) { follower.take(window, task); });
+  return follower;
+}
+
+inline bool isWellFormedPiece(const uint8_t* text, std::size_t begin, std::size_t end, bool& hasFour) {
+  if (!hasFour) {
+    const Follower_c<false> follower = followPiece<false>(text, begin, end);
+    if (!follower.hasFour()) {
+      return follower.isWellFormed();
+    }
+  }
+  const Follower_c<true> follower = followPiece<true>(text, begin, end);
+  hasFour = follower.hasFour();
+  return follower.isWellFormed();
 }
 
 // Whether a text is well-formed in every respect; one that is not may still pass the rules of UtfSimple.h.
 inline bool isWellFormedText(const uint8_t* text, std::size_t size) {
   constexpr std::size_t longest = 4096;
   std::size_t place = 0;
+  bool hasFour = false;
   while (place < size) {
-    while (size - place >= 64 && isAscii64(text + place)) {
-      place += 64;
+    while (size - place >= 4 * blockSize && isAsciiFourTimes(text + place)) {
+      place += 4 * blockSize;
+    }
+    if (place == size) {
+      return true;
     }
     const std::size_t end = endOfPiece(text, place, size, longest);
-    Follower_c follower;
-    visitBlocks(text, place, end, [&](const Window_s& window, const Task_s& task) { follower.take(window, task); });
-    if (end == place || !follower.isWellFormed()) {
-      return place == size;
+    if (end == place || !isWellFormedPiece(text, place, end, hasFour)) {
+      return false;
     }
     place = end;
   }

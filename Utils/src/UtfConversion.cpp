@@ -25,52 +25,61 @@ const uint8_t Utf::trailingBytes[256] = {
 
 namespace {
 
-// Takes what the fast way can; the rest is left where it is.
-#if defined(ZEMO_UTF_BLOCKS)
-bool hasShuffle() {
-  return __builtin_cpu_supports("ssse3") != 0;
-}
-
-template <class Unit_t>
-void takeFast(const uint8_t** source, const uint8_t* sourceEnd, Unit_t** target, Unit_t* targetEnd) {
-  if (hasShuffle()) {
-    Utf::takeUtf8<Utf::WithShuffle_s>(source, sourceEnd, target, targetEnd);
-  } else {
-    Utf::takeUtf8<Utf::WithoutShuffle_s>(source, sourceEnd, target, targetEnd);
-  }
-}
-
-void takeFast(const uint16_t** source, const uint16_t* sourceEnd, uint8_t** target, uint8_t* targetEnd) {
-  if (hasShuffle()) {
-    Utf::takeUtf16<Utf::WithShuffle_s>(source, sourceEnd, target, targetEnd);
-  } else {
-    Utf::takeUtf16<Utf::WithoutShuffle_s>(source, sourceEnd, target, targetEnd);
-  }
-}
-#else
+// What the fast way has left. Apart from it, so that a text that is taken whole does not pay for it.
 template <class Source_t, class Target_t>
-void takeFast(const Source_t** /*source*/, const Source_t* /*sourceEnd*/, Target_t** /*target*/,
-              Target_t* /*targetEnd*/) {}
+__attribute__((noinline)) int convertRest(const Source_t** source, const Source_t* sourceEnd, Target_t** target,
+                                          Target_t* targetEnd, int flags) {
+  return Utf::convert(source, sourceEnd, target, targetEnd, flags);
+}
+
+#if defined(ZEMO_UTF_BLOCKS)
+
+template <class Pack_s, class Unit_t>
+__attribute__((noinline)) void takeFast(const uint8_t** source, const uint8_t* sourceEnd, Unit_t** target,
+                                        Unit_t* targetEnd) {
+  Utf::takeUtf8<Pack_s>(source, sourceEnd, target, targetEnd);
+}
+
+template <class Pack_s>
+__attribute__((noinline)) void takeFast(const uint16_t** source, const uint16_t* sourceEnd, uint8_t** target,
+                                        uint8_t* targetEnd) {
+  Utf::takeUtf16<Pack_s>(source, sourceEnd, target, targetEnd);
+}
+
+template <class Source_t, class Target_t>
+int convertFast(const Source_t** source, const Source_t* sourceEnd, Target_t** target, Target_t* targetEnd, int flags) {
+  if (__builtin_cpu_supports("ssse3") != 0) {
+    takeFast<Utf::WithShuffle_s>(source, sourceEnd, target, targetEnd);
+  } else {
+    takeFast<Utf::WithoutShuffle_s>(source, sourceEnd, target, targetEnd);
+  }
+  return *source == sourceEnd ? Utf::ok : convertRest(source, sourceEnd, target, targetEnd, flags);
+}
+
+#else
+
+template <class Source_t, class Target_t>
+int convertFast(const Source_t** source, const Source_t* sourceEnd, Target_t** target, Target_t* targetEnd, int flags) {
+  return convertRest(source, sourceEnd, target, targetEnd, flags);
+}
+
 #endif
 
 } // namespace
 
 int ConvertUTF8toUTF16(const uint8_t** source, const uint8_t* sourceEnd, uint16_t** target, uint16_t* targetEnd,
                        int flags) {
-  takeFast(source, sourceEnd, target, targetEnd);
-  return Utf::convert(source, sourceEnd, target, targetEnd, flags);
+  return convertFast(source, sourceEnd, target, targetEnd, flags);
 }
 
 int ConvertUTF8toUTF32(const uint8_t** source, const uint8_t* sourceEnd, uint32_t** target, uint32_t* targetEnd,
                        int flags) {
-  takeFast(source, sourceEnd, target, targetEnd);
-  return Utf::convert(source, sourceEnd, target, targetEnd, flags);
+  return convertFast(source, sourceEnd, target, targetEnd, flags);
 }
 
 int ConvertUTF16toUTF8(const uint16_t** source, const uint16_t* sourceEnd, uint8_t** target, uint8_t* targetEnd,
                        int flags) {
-  takeFast(source, sourceEnd, target, targetEnd);
-  return Utf::convert(source, sourceEnd, target, targetEnd, flags);
+  return convertFast(source, sourceEnd, target, targetEnd, flags);
 }
 
 int ConvertUTF16toUTF32(const uint16_t** source, const uint16_t* sourceEnd, uint32_t** target, uint32_t* targetEnd,
