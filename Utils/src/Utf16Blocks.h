@@ -19,7 +19,6 @@ struct Packed_s {
 };
 
 // Values below U+10000 in words of 32 bits, surrogates aside.
-template <class Pack_s>
 __attribute__((always_inline)) inline Packed_s packFour(__m128i values) {
   const __m128i isMany = _mm_cmpgt_epi32(values, words(0x7F));
   const __m128i isThree = _mm_cmpgt_epi32(values, words(0x7FF));
@@ -32,7 +31,7 @@ __attribute__((always_inline)) inline Packed_s packFour(__m128i values) {
   const __m128i characters = _mm_or_si128(_mm_and_si128(isMany, many), _mm_andnot_si128(isMany, one));
   const int lengths = _mm_movemask_ps(_mm_castsi128_ps(isMany)) | _mm_movemask_ps(_mm_castsi128_ps(isThree)) << 4;
   const auto index = static_cast<uint32_t>(lengths);
-  return {Pack_s::packBytes(characters, index), bytePacking.counts[index]};
+  return {packBytes(characters, index), bytePacking.counts[index]};
 }
 
 // The bytes of eight units without surrogates, in two halves. The last units may be zeros that do not count.
@@ -49,10 +48,9 @@ struct Bytes_s {
   }
 };
 
-template <class Pack_s>
 __attribute__((always_inline)) inline Bytes_s bytesOf(__m128i block) {
-  return {packFour<Pack_s>(_mm_unpacklo_epi16(block, _mm_setzero_si128())),
-          packFour<Pack_s>(_mm_unpackhi_epi16(block, _mm_setzero_si128()))};
+  return {packFour(_mm_unpacklo_epi16(block, _mm_setzero_si128())),
+          packFour(_mm_unpackhi_epi16(block, _mm_setzero_si128()))};
 }
 
 inline __m128i surrogatesOf(__m128i block) {
@@ -65,9 +63,8 @@ inline __m128i loadUnits(const uint16_t* text, std::size_t size) {
 }
 
 // The last units, up to eight, of a text of eight at least.
-template <class Pack_s>
 inline __m128i loadLastUnits(const uint16_t* end, std::size_t size) {
-  return Pack_s::moveToFront(loadBlock(end - unitsOfBlock), 2 * (unitsOfBlock - size));
+  return moveToFront(loadBlock(end - unitsOfBlock), 2 * (unitsOfBlock - size));
 }
 
 // Counts the bytes of units without surrogates.
@@ -96,7 +93,7 @@ private:
 };
 
 // Visits the blocks of a run; behind its last units stand zeros.
-template <class Pack_s, class Visit_c>
+template <class Visit_c>
 __attribute__((always_inline)) inline void visitUnits(const uint16_t* text, std::size_t size, const Visit_c& visit) {
   std::size_t place = 0;
   for (; size - place >= unitsOfBlock; place += unitsOfBlock) {
@@ -105,7 +102,7 @@ __attribute__((always_inline)) inline void visitUnits(const uint16_t* text, std:
   if (place == size) {
     return;
   }
-  visit(size < unitsOfBlock ? loadUnits(text, size) : loadLastUnits<Pack_s>(text + size, size - place));
+  visit(size < unitsOfBlock ? loadUnits(text, size) : loadLastUnits(text + size, size - place));
 }
 
 // Units up to the first surrogate.
@@ -123,12 +120,11 @@ struct Run_s {
   std::size_t bytes;
 };
 
-template <class Pack_s>
 inline Run_s surveyRun(const uint16_t* text, std::size_t size) {
   ByteCounter_c counter;
-  visitUnits<Pack_s>(text, size, [&](__m128i block) { counter.take(block); });
+  visitUnits(text, size, [&](__m128i block) { counter.take(block); });
   if (counter.hasSurrogates()) {
-    return surveyRun<Pack_s>(text, unitsBeforeSurrogate(text, size));
+    return surveyRun(text, unitsBeforeSurrogate(text, size));
   }
   const std::size_t withZeros = (size + unitsOfBlock - 1) / unitsOfBlock * unitsOfBlock;
   return {size, counter.bytes(withZeros) - (withZeros - size)};
@@ -145,34 +141,34 @@ __attribute__((always_inline)) inline bool writeExactly(uint8_t* target, std::si
   if (room < size) {
     return false;
   }
-  if (room - size >= spareBytes) {
-    const __m128i behind = loadBlock(target + size);
-    const __m128i farBehind = loadBlock(target + size + blockSize);
-    write(target);
-    storeBlock(target + size, behind);
-    storeBlock(target + size + blockSize, farBehind);
-    return true;
+  std::array<uint8_t, 3 * longestRun + 2 * spareBytes> result; // NOLINT: filled by the next lines
+  const bool hasSpare = room - size >= spareBytes;
+  uint8_t* place = hasSpare ? target : result.data();
+  const __m128i behind = loadBlock(place + size);
+  const __m128i farBehind = loadBlock(place + size + blockSize);
+  write(place);
+  if (hasSpare) {
+    storeBlock(place + size, behind);
+    storeBlock(place + size + blockSize, farBehind);
+  } else {
+    copyExactly(target, place, size);
   }
-  std::array<uint8_t, 3 * longestRun + 2 * spareBytes> result; // NOLINT: filled by the next line
-  write(result.data());
-  copyExactly(target, result.data(), size);
   return true;
 }
 
 // The whole of a text of at most 16 units without surrogates; gives how many bytes, 0 where that cannot be.
-template <class Pack_s>
 inline std::size_t takeShort(const uint16_t* text, std::size_t size, uint8_t* target, std::size_t room) {
   if (size <= unitsOfBlock) {
     const __m128i block = loadUnits(text, size);
-    const Bytes_s result = bytesOf<Pack_s>(block);
+    const Bytes_s result = bytesOf(block);
     const std::size_t count = result.count() - (unitsOfBlock - size);
     const auto write = [&](uint8_t* place) { result.write(place); };
     return maskOf(surrogatesOf(block)) == 0 && writeExactly(target, room, count, write) ? count : 0;
   }
   const __m128i first = loadBlock(text);
-  const __m128i second = loadLastUnits<Pack_s>(text + size, size - unitsOfBlock);
-  const Bytes_s firstResult = bytesOf<Pack_s>(first);
-  const Bytes_s secondResult = bytesOf<Pack_s>(second);
+  const __m128i second = loadLastUnits(text + size, size - unitsOfBlock);
+  const Bytes_s firstResult = bytesOf(first);
+  const Bytes_s secondResult = bytesOf(second);
   const std::size_t count = firstResult.count() + secondResult.count() - (2 * unitsOfBlock - size);
   const auto write = [&](uint8_t* place) {
     firstResult.write(place);
@@ -182,10 +178,9 @@ inline std::size_t takeShort(const uint16_t* text, std::size_t size, uint8_t* ta
   return !hasSurrogates && writeExactly(target, room, count, write) ? count : 0;
 }
 
-template <class Pack_s>
 inline void writeRun(const uint16_t* text, std::size_t size, uint8_t* target) {
-  visitUnits<Pack_s>(text, size, [&](__m128i block) {
-    const Bytes_s result = bytesOf<Pack_s>(block);
+  visitUnits(text, size, [&](__m128i block) {
+    const Bytes_s result = bytesOf(block);
     result.write(target);
     target += result.count();
   });
@@ -254,22 +249,20 @@ inline void takePairs(Cursors_s& cursors) {
   }
 }
 
-template <class Pack_s>
 inline void takeRun(Cursors_s& cursors) {
-  const Run_s run = surveyRun<Pack_s>(cursors.source, std::min(cursors.size(), longestRun));
-  const auto write = [&](uint8_t* place) { writeRun<Pack_s>(cursors.source, run.units, place); };
+  const Run_s run = surveyRun(cursors.source, std::min(cursors.size(), longestRun));
+  const auto write = [&](uint8_t* place) { writeRun(cursors.source, run.units, place); };
   if (writeExactly(cursors.target, cursors.room(), run.bytes, write)) {
     cursors.advance(run.units, run.bytes);
   }
 }
 
 // Converts UTF-16 while there are well-formed characters and room for them.
-template <class Pack_s>
-inline void takeUtf16(const uint16_t** source, const uint16_t* sourceEnd, uint8_t** target, uint8_t* targetEnd) {
+inline void takeFast(const uint16_t** source, const uint16_t* sourceEnd, uint8_t** target, uint8_t* targetEnd) {
   Cursors_s cursors = {*source, sourceEnd, *target, targetEnd};
   const std::size_t size = cursors.size();
   if (size > 0 && size <= 2 * unitsOfBlock) {
-    cursors.advance(0, takeShort<Pack_s>(cursors.source, size, cursors.target, cursors.room()));
+    cursors.advance(0, takeShort(cursors.source, size, cursors.target, cursors.room()));
     if (cursors.target != *target) {
       *source = sourceEnd;
       *target = cursors.target;
@@ -280,7 +273,7 @@ inline void takeUtf16(const uint16_t** source, const uint16_t* sourceEnd, uint8_
   while (cursors.size() > 0 && cursors.source != before) {
     before = cursors.source;
     takeAscii(cursors);
-    takeRun<Pack_s>(cursors);
+    takeRun(cursors);
     if (cursors.size() > 0) {
       takePairs(cursors);
     }

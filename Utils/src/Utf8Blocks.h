@@ -49,16 +49,21 @@ inline Window_s windowAtStart(__m128i block) {
   return {block, _mm_slli_si128(block, 1), _mm_slli_si128(block, 2), _mm_slli_si128(block, 3)};
 }
 
-inline Window_s windowAt(const uint8_t* text, std::size_t place) {
-  if (place >= 3) {
-    return {loadBlock(text + place), loadBlock(text + place - 1), loadBlock(text + place - 2),
-            loadBlock(text + place - 3)};
-  }
+// The first three bytes of a text have fewer before them.
+__attribute__((noinline)) inline Window_s windowNearStart(const uint8_t* text, std::size_t place) {
   Window_s window = windowAtStart(loadBlock(text));
   for (std::size_t step = 1; step <= place; ++step) {
     window = {loadBlock(text + step), window.block, window.before1, window.before2};
   }
   return window;
+}
+
+inline Window_s windowAt(const uint8_t* text, std::size_t place) {
+  if (place < 3) {
+    return windowNearStart(text, place);
+  }
+  return {loadBlock(text + place), loadBlock(text + place - 1), loadBlock(text + place - 2),
+          loadBlock(text + place - 3)};
 }
 
 // What there is to do with a window: the bytes that come for the first time, from bit first on, and whether a character
@@ -87,15 +92,13 @@ inline Window_s windowOfAll(const uint8_t* text, std::size_t size) {
 template <class Visit_c>
 __attribute__((always_inline)) inline void visitBlocks(const uint8_t* text, std::size_t begin, std::size_t end,
                                                        const Visit_c& visit) {
-  if (end <= blockSize) {
-    visit(windowOfAll(text, end), Task_s{(1U << end) - 1, 0, true});
-    return;
-  }
   std::size_t place = begin;
   for (; end - place > blockSize; place += blockSize) {
     visit(windowAt(text, place), Task_s{allBytes, 0, !isContinuation(text[place + blockSize])});
   }
-  visit(windowAt(text, end - blockSize), lastTask(end - place));
+  const bool isShort = end < blockSize;
+  const Window_s window = isShort ? windowOfAll(text, end) : windowAt(text, end - blockSize);
+  visit(window, isShort ? Task_s{(1U << end) - 1, 0, true} : lastTask(end - place));
 }
 
 // Follows a piece of UTF-8 from block to block. Characters of four bytes are rare and cost more: without them a
@@ -215,13 +218,13 @@ private:
 constexpr std::size_t spareUnits = 8;
 
 // Hands the values of a block to be written; gives how many.
-template <class Pack_s, class Unit_t>
+template <class Unit_t>
 __attribute__((always_inline)) inline std::size_t writeValues(const Values_s& values, uint32_t ends, Unit_t* target) {
   const uint32_t low = ends & 0xFF;
   const uint32_t high = ends >> 8;
   const std::size_t count = unitPacking.counts[low];
-  storeEight(target, Pack_s::packUnits(values.low, low));
-  storeEight(target + count, Pack_s::packUnits(values.high, high));
+  storeEight(target, packUnits(values.low, low));
+  storeEight(target + count, packUnits(values.high, high));
   return count + unitPacking.counts[high];
 }
 
@@ -265,15 +268,14 @@ inline void makePlan(const uint8_t* text, std::size_t begin, std::size_t end, bo
   hasFour = plan.hasFour;
 }
 
-template <class Pack_s, class Unit_t>
+template <class Unit_t>
 inline void writePiece(const uint8_t* text, std::size_t begin, std::size_t end, const Plan_s& plan, Unit_t* target) {
   std::size_t index = 0;
   visitBlocks(text, begin, end, [&](const Window_s& window, const Task_s&) {
-    target += writeValues<Pack_s>(valuesOf(window), plan.ends[index++], target);
+    target += writeValues(valuesOf(window), plan.ends[index++], target);
   });
 }
 
-template <class Pack_s>
 inline void writePieceWithFour(const uint8_t* text, std::size_t begin, std::size_t end, const Plan_s& plan,
                                uint16_t* target) {
   std::size_t index = 0;
@@ -283,7 +285,7 @@ inline void writePieceWithFour(const uint8_t* text, std::size_t begin, std::size
       storeBlock(target, pairsOf(window.block));
       target += 8;
     } else {
-      target += writeValues<Pack_s>(valuesWithSurrogates(window), ends, target);
+      target += writeValues(valuesWithSurrogates(window), ends, target);
     }
   });
 }
@@ -296,27 +298,28 @@ __attribute__((always_inline)) inline bool writeExactly(Unit_t* target, std::siz
   if (room < size) {
     return false;
   }
-  if (room - size >= spareUnits) {
-    const Behind_c<Unit_t> behind(target + size);
-    write(target);
+  std::array<Unit_t, pieceSize + 2 * spareUnits> result; // NOLINT: filled by the next lines
+  const bool hasSpare = room - size >= spareUnits;
+  Unit_t* place = hasSpare ? target : result.data();
+  const Behind_c<Unit_t> behind(place + size);
+  write(place);
+  if (hasSpare) {
     behind.putBack();
-    return true;
+  } else {
+    copyExactly(target, place, size * sizeof(Unit_t));
   }
-  std::array<Unit_t, pieceSize + 2 * spareUnits> result; // NOLINT: filled by the next line
-  write(result.data());
-  copyExactly(target, result.data(), size * sizeof(Unit_t));
   return true;
 }
 
 // The whole of a text of at most 32 bytes without characters of four; gives how many units, 0 where that cannot be.
-template <class Pack_s, class Unit_t>
+template <class Unit_t>
 inline std::size_t takeShort(const uint8_t* text, std::size_t size, Unit_t* target, std::size_t room) {
   Follower_c<false> follower;
   if (size <= blockSize) {
     const Window_s window = windowOfAll(text, size);
     const uint32_t ends = follower.take(window, Task_s{(1U << size) - 1, 0, true});
     const std::size_t count = countOf(ends);
-    const auto write = [&](Unit_t* place) { writeValues<Pack_s>(valuesOf(window), ends, place); };
+    const auto write = [&](Unit_t* place) { writeValues(valuesOf(window), ends, place); };
     return follower.isWellFormed() && writeExactly(target, room, count, write) ? count : 0;
   }
   const Window_s first = windowAtStart(loadBlock(text));
@@ -325,8 +328,8 @@ inline std::size_t takeShort(const uint8_t* text, std::size_t size, Unit_t* targ
   const uint32_t secondEnds = follower.take(second, lastTask(size - blockSize));
   const std::size_t count = countOf(firstEnds) + countOf(secondEnds);
   const auto write = [&](Unit_t* place) {
-    place += writeValues<Pack_s>(valuesOf(first), firstEnds, place);
-    writeValues<Pack_s>(valuesOf(second), secondEnds, place);
+    place += writeValues(valuesOf(first), firstEnds, place);
+    writeValues(valuesOf(second), secondEnds, place);
   };
   return follower.isWellFormed() && writeExactly(target, room, count, write) ? count : 0;
 }
@@ -344,19 +347,16 @@ inline std::size_t endOfPiece(const uint8_t* text, std::size_t begin, std::size_
 }
 
 // One piece of a text; gives how many units, 0 where the fast way ends.
-template <class Pack_s>
 inline std::size_t takePiece(const uint8_t* text, std::size_t begin, std::size_t end, bool& hasFour, uint16_t* target,
                              std::size_t room) {
   Plan_s plan; // NOLINT: filled by the next line
   makePlan(text, begin, end, hasFour, plan);
   const auto write = [&](uint16_t* place) {
-    plan.hasFour ? writePieceWithFour<Pack_s>(text, begin, end, plan, place)
-                 : writePiece<Pack_s>(text, begin, end, plan, place);
+    plan.hasFour ? writePieceWithFour(text, begin, end, plan, place) : writePiece(text, begin, end, plan, place);
   };
   return plan.isWellFormed && writeExactly(target, room, plan.size, write) ? plan.size : 0;
 }
 
-template <class Pack_s>
 inline std::size_t takePiece(const uint8_t* text, std::size_t begin, std::size_t end, bool& hasFour, uint32_t* target,
                              std::size_t room) {
   Plan_s plan; // NOLINT: filled by the next line
@@ -367,7 +367,7 @@ inline std::size_t takePiece(const uint8_t* text, std::size_t begin, std::size_t
     const bool isWhole = plan.isWellFormed && convert(&source, text + end, &result, target + room, strict) == ok;
     return isWhole ? static_cast<std::size_t>(result - target) : 0;
   }
-  const auto write = [&](uint32_t* place) { writePiece<Pack_s>(text, begin, end, plan, place); };
+  const auto write = [&](uint32_t* place) { writePiece(text, begin, end, plan, place); };
   return plan.isWellFormed && writeExactly(target, room, plan.size, write) ? plan.size : 0;
 }
 
@@ -388,15 +388,15 @@ inline std::size_t takeAscii(const uint8_t* text, std::size_t size, Unit_t* targ
 }
 
 // Converts UTF-8 while there are well-formed pieces and room for them.
-template <class Pack_s, class Unit_t>
-inline void takeUtf8(const uint8_t** source, const uint8_t* sourceEnd, Unit_t** target, Unit_t* targetEnd) {
+template <class Unit_t>
+inline void takeFast(const uint8_t** source, const uint8_t* sourceEnd, Unit_t** target, Unit_t* targetEnd) {
   const uint8_t* text = *source;
   const std::size_t size = unitsBetween(text, sourceEnd);
   if (size == 0) {
     return;
   }
   if (size <= 2 * blockSize) {
-    const std::size_t written = takeShort<Pack_s>(text, size, *target, unitsBetween<Unit_t>(*target, targetEnd));
+    const std::size_t written = takeShort(text, size, *target, unitsBetween<Unit_t>(*target, targetEnd));
     if (written > 0) {
       *source = sourceEnd;
       *target += written;
@@ -411,8 +411,7 @@ inline void takeUtf8(const uint8_t** source, const uint8_t* sourceEnd, Unit_t** 
     *target += ascii;
     const std::size_t end = endOfPiece(text, place, size, pieceSize);
     const std::size_t written =
-        end > place ? takePiece<Pack_s>(text, place, end, hasFour, *target, unitsBetween<Unit_t>(*target, targetEnd))
-                    : 0;
+        end > place ? takePiece(text, place, end, hasFour, *target, unitsBetween<Unit_t>(*target, targetEnd)) : 0;
     if (written == 0) {
       break;
     }

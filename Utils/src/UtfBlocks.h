@@ -119,60 +119,31 @@ inline constexpr std::array<uint8_t, 2 * blockSize> movingOrder = orderOfMoving(
 inline constexpr Packing_s unitPacking = packingOfUnits();
 inline constexpr Packing_s bytePacking = packingOfBytes();
 
-// With SSSE3. The instruction is named here and nowhere else, so that the library runs on processors without it.
-struct WithShuffle_s {
-  static __m128i shuffle(__m128i block, const std::array<uint8_t, blockSize>& order) {
-    __asm__("pshufb %1, %0" : "+x"(block) : "x"(loadBlock(order.data())));
-    return block;
-  }
+// Puts the bytes of a block into another order; zeros where the order has its upper bit set. The instruction is named
+// here and nowhere else, so that the library runs on processors without it: ask hasShuffle first.
+inline __m128i shuffle(__m128i block, __m128i order) {
+  __asm__("pshufb %1, %0" : "+x"(block) : "x"(order));
+  return block;
+}
 
-  // Moves the units to the front whose bits are set.
-  static __m128i packUnits(__m128i block, uint32_t kept) { return shuffle(block, unitPacking.orders[kept]); }
+inline bool hasShuffle() {
+  return __builtin_cpu_supports("ssse3") != 0;
+}
 
-  // Moves the bytes of characters together.
-  static __m128i packBytes(__m128i block, uint32_t lengths) { return shuffle(block, bytePacking.orders[lengths]); }
+// Moves the units to the front whose bits are set.
+inline __m128i packUnits(__m128i block, uint32_t kept) {
+  return shuffle(block, loadBlock(unitPacking.orders[kept].data()));
+}
 
-  // Drops bytes at the front, and puts zeros at the end.
-  static __m128i moveToFront(__m128i block, std::size_t dropped) {
-    std::array<uint8_t, blockSize> order; // NOLINT: filled by the next line
-    std::memcpy(order.data(), movingOrder.data() + dropped, order.size());
-    return shuffle(block, order);
-  }
-};
+// Moves the bytes of characters together.
+inline __m128i packBytes(__m128i block, uint32_t lengths) {
+  return shuffle(block, loadBlock(bytePacking.orders[lengths].data()));
+}
 
-struct WithoutShuffle_s {
-  static __m128i moveToFront(__m128i block, std::size_t dropped) {
-    std::array<uint8_t, 2 * blockSize> bytesOfBlock = {};
-    storeBlock(bytesOfBlock.data(), block);
-    return loadBlock(bytesOfBlock.data() + dropped);
-  }
-
-  static __m128i packUnits(__m128i block, uint32_t kept) {
-    std::array<uint16_t, 8> from; // NOLINT: filled by the next line
-    std::array<uint16_t, 9> to = {};
-    storeBlock(from.data(), block);
-    std::size_t count = 0;
-    for (std::size_t index = 0; index < from.size(); ++index) {
-      to[count] = from[index];
-      count += kept >> index & 1;
-    }
-    return loadBlock(to.data());
-  }
-
-  static __m128i packBytes(__m128i block, uint32_t lengths) {
-    std::array<uint32_t, 4> from; // NOLINT: filled by the next line
-    std::array<uint8_t, blockSize> to = {};
-    storeBlock(from.data(), block);
-    std::size_t count = 0;
-    for (std::size_t index = 0; index < from.size(); ++index) {
-      const uint32_t length = 1 + (lengths >> index & 1) + (lengths >> (index + 4) & 1);
-      const uint32_t character = from[index] >> (8 * (3 - length));
-      std::memcpy(to.data() + count, &character, sizeof character);
-      count += length;
-    }
-    return loadBlock(to.data());
-  }
-};
+// Drops bytes at the front, and puts zeros at the end.
+inline __m128i moveToFront(__m128i block, std::size_t dropped) {
+  return shuffle(block, loadBlock(movingOrder.data() + dropped));
+}
 
 // Writes exactly this many bytes; 16 can be read from the source in any case.
 inline void copyExactly(void* target, const void* source, std::size_t size) {

@@ -32,38 +32,18 @@ __attribute__((noinline)) int convertRest(const Source_t** source, const Source_
   return Utf::convert(source, sourceEnd, target, targetEnd, flags);
 }
 
+template <class Source_t, class Target_t>
+int convertFast(const Source_t** source, const Source_t* sourceEnd, Target_t** target, Target_t* targetEnd, int flags) {
 #if defined(ZEMO_UTF_BLOCKS)
-
-template <class Pack_s, class Unit_t>
-__attribute__((noinline)) void takeFast(const uint8_t** source, const uint8_t* sourceEnd, Unit_t** target,
-                                        Unit_t* targetEnd) {
-  Utf::takeUtf8<Pack_s>(source, sourceEnd, target, targetEnd);
-}
-
-template <class Pack_s>
-__attribute__((noinline)) void takeFast(const uint16_t** source, const uint16_t* sourceEnd, uint8_t** target,
-                                        uint8_t* targetEnd) {
-  Utf::takeUtf16<Pack_s>(source, sourceEnd, target, targetEnd);
-}
-
-template <class Source_t, class Target_t>
-int convertFast(const Source_t** source, const Source_t* sourceEnd, Target_t** target, Target_t* targetEnd, int flags) {
-  if (__builtin_cpu_supports("ssse3") != 0) {
-    takeFast<Utf::WithShuffle_s>(source, sourceEnd, target, targetEnd);
-  } else {
-    takeFast<Utf::WithoutShuffle_s>(source, sourceEnd, target, targetEnd);
+  if (Utf::hasShuffle()) {
+    Utf::takeFast(source, sourceEnd, target, targetEnd);
+    if (*source == sourceEnd) {
+      return Utf::ok;
+    }
   }
-  return *source == sourceEnd ? Utf::ok : convertRest(source, sourceEnd, target, targetEnd, flags);
-}
-
-#else
-
-template <class Source_t, class Target_t>
-int convertFast(const Source_t** source, const Source_t* sourceEnd, Target_t** target, Target_t* targetEnd, int flags) {
+#endif
   return convertRest(source, sourceEnd, target, targetEnd, flags);
 }
-
-#endif
 
 } // namespace
 
