@@ -98,6 +98,24 @@ TEST(IsStringLegalUTF8, FailsForACutCharacterByTheZeroBehindIt) {
   }
 }
 
+// Where the zero is no second byte: after ED and F4 it is, and what comes then is looked at.
+TEST(IsStringLegalUTF8, ReadsNothingBehindTheZeroThatEndsACutCharacter) {
+  const GuardedMemory_c memory(8);
+  for (unsigned int lead = 0xC0; lead <= 0xFF; ++lead) {
+    for (std::size_t size = lead == 0xED || lead == 0xF4 ? 2 : 1; size < sequenceLength(static_cast<uint8_t>(lead));
+         ++size) {
+      uint8_t* text = memory.end() - size - 1;
+      std::fill(text, memory.end() - 1, lead == 0xE0 || lead == 0xF0 ? uint8_t{0xA0} : uint8_t{0x80});
+      text[0] = static_cast<uint8_t>(lead);
+      memory.end()[-1] = 0;
+      for (const Checks_s& set : checks()) {
+        EXPECT_FALSE(set.isLegal(text, static_cast<int>(size))) << set.name << ", lead " << lead << ", size " << size;
+        EXPECT_FALSE(set.isLegalUpTo(text, static_cast<int>(size), 1)) << set.name << ", lead " << lead;
+      }
+    }
+  }
+}
+
 TEST(IsStringLegalUTF8, ReadsTheBytesOfACutCharacterBehindTheLength) {
   for (int length = 1; length <= 10; ++length) {
     expectLegal(true, mix, length);
