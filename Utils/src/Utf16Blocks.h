@@ -257,18 +257,9 @@ inline void takeRun(Cursors_s& cursors) {
   }
 }
 
-// Converts UTF-16 while there are well-formed characters and room for them.
-inline void takeFast(const uint16_t** source, const uint16_t* sourceEnd, uint8_t** target, uint8_t* targetEnd) {
+__attribute__((noinline)) inline void takeRuns(const uint16_t** source, const uint16_t* sourceEnd, uint8_t** target,
+                                               uint8_t* targetEnd) {
   Cursors_s cursors = {*source, sourceEnd, *target, targetEnd};
-  const std::size_t size = cursors.size();
-  if (size > 0 && size <= 2 * unitsOfBlock) {
-    cursors.advance(0, takeShort(cursors.source, size, cursors.target, cursors.room()));
-    if (cursors.target != *target) {
-      *source = sourceEnd;
-      *target = cursors.target;
-      return;
-    }
-  }
   const uint16_t* before = nullptr;
   while (cursors.size() > 0 && cursors.source != before) {
     before = cursors.source;
@@ -280,6 +271,20 @@ inline void takeFast(const uint16_t** source, const uint16_t* sourceEnd, uint8_t
   }
   *source = cursors.source;
   *target = cursors.target;
+}
+
+// Converts UTF-16 while there are well-formed characters and room for them.
+inline void takeFast(const uint16_t** source, const uint16_t* sourceEnd, uint8_t** target, uint8_t* targetEnd) {
+  const std::size_t size = unitsBetween(*source, sourceEnd);
+  if (size - 1 < 2 * unitsOfBlock) {
+    const std::size_t written = takeShort(*source, size, *target, unitsBetween<uint8_t>(*target, targetEnd));
+    if (written > 0) {
+      *source = sourceEnd;
+      *target += written;
+      return;
+    }
+  }
+  takeRuns(source, sourceEnd, target, targetEnd);
 }
 
 } // namespace Utf

@@ -59,6 +59,9 @@ __attribute__((noinline)) inline Window_s windowNearStart(const uint8_t* text, s
 }
 
 inline Window_s windowAt(const uint8_t* text, std::size_t place) {
+  if (place == 0) {
+    return windowAtStart(loadBlock(text));
+  }
   if (place < 3) {
     return windowNearStart(text, place);
   }
@@ -92,13 +95,15 @@ inline Window_s windowOfAll(const uint8_t* text, std::size_t size) {
 template <class Visit_c>
 __attribute__((always_inline)) inline void visitBlocks(const uint8_t* text, std::size_t begin, std::size_t end,
                                                        const Visit_c& visit) {
+  if (end < blockSize) {
+    visit(windowAtStart(loadPart(text, end)), Task_s{(1U << end) - 1, 0, true});
+    return;
+  }
   std::size_t place = begin;
   for (; end - place > blockSize; place += blockSize) {
     visit(windowAt(text, place), Task_s{allBytes, 0, !isContinuation(text[place + blockSize])});
   }
-  const bool isShort = end < blockSize;
-  const Window_s window = isShort ? windowOfAll(text, end) : windowAt(text, end - blockSize);
-  visit(window, isShort ? Task_s{(1U << end) - 1, 0, true} : lastTask(end - place));
+  visit(windowAt(text, end - blockSize), lastTask(end - place));
 }
 
 // Follows a piece of UTF-8 from block to block. Characters of four bytes are rare and cost more: without them a
@@ -387,22 +392,11 @@ inline std::size_t takeAscii(const uint8_t* text, std::size_t size, Unit_t* targ
   return place;
 }
 
-// Converts UTF-8 while there are well-formed pieces and room for them.
 template <class Unit_t>
-inline void takeFast(const uint8_t** source, const uint8_t* sourceEnd, Unit_t** target, Unit_t* targetEnd) {
+__attribute__((noinline)) inline void takePieces(const uint8_t** source, const uint8_t* sourceEnd, Unit_t** target,
+                                                 Unit_t* targetEnd) {
   const uint8_t* text = *source;
   const std::size_t size = unitsBetween(text, sourceEnd);
-  if (size == 0) {
-    return;
-  }
-  if (size <= 2 * blockSize) {
-    const std::size_t written = takeShort(text, size, *target, unitsBetween<Unit_t>(*target, targetEnd));
-    if (written > 0) {
-      *source = sourceEnd;
-      *target += written;
-      return;
-    }
-  }
   std::size_t place = 0;
   bool hasFour = false;
   while (place < size) {
@@ -419,6 +413,21 @@ inline void takeFast(const uint8_t** source, const uint8_t* sourceEnd, Unit_t** 
     *target += written;
   }
   *source = text + place;
+}
+
+// Converts UTF-8 while there are well-formed pieces and room for them.
+template <class Unit_t>
+inline void takeFast(const uint8_t** source, const uint8_t* sourceEnd, Unit_t** target, Unit_t* targetEnd) {
+  const std::size_t size = unitsBetween(*source, sourceEnd);
+  if (size - 1 < 2 * blockSize) {
+    const std::size_t written = takeShort(*source, size, *target, unitsBetween<Unit_t>(*target, targetEnd));
+    if (written > 0) {
+      *source = sourceEnd;
+      *target += written;
+      return;
+    }
+  }
+  takePieces(source, sourceEnd, target, targetEnd);
 }
 
 inline bool isAsciiFourTimes(const uint8_t* text) {
