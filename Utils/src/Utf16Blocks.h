@@ -132,6 +132,7 @@ inline Run_s surveyRun(const uint16_t* text, std::size_t size) {
 
 constexpr std::size_t spareBytes = 2 * blockSize;
 constexpr std::size_t longestRun = 256;
+constexpr std::size_t longestRunAmongPairs = 32;
 
 // Lets a result be written that leaves 32 bytes of anything behind it, so that nothing of them is seen. False where
 // there is no room.
@@ -249,22 +250,28 @@ inline void takePairs(Cursors_s& cursors) {
   }
 }
 
-inline void takeRun(Cursors_s& cursors) {
-  const Run_s run = surveyRun(cursors.source, std::min(cursors.size(), longestRun));
+// Units up to the next surrogate, so many at most; gives how many.
+inline std::size_t takeRun(Cursors_s& cursors, std::size_t longest) {
+  const Run_s run = surveyRun(cursors.source, std::min(cursors.size(), longest));
   const auto write = [&](uint8_t* place) { writeRun(cursors.source, run.units, place); };
-  if (writeExactly(cursors.target, cursors.room(), run.bytes, write)) {
-    cursors.advance(run.units, run.bytes);
+  if (!writeExactly(cursors.target, cursors.room(), run.bytes, write)) {
+    return 0;
   }
+  cursors.advance(run.units, run.bytes);
+  return run.units;
 }
 
 __attribute__((noinline)) inline void takeRuns(const uint16_t** source, const uint16_t* sourceEnd, uint8_t** target,
                                                uint8_t* targetEnd) {
   Cursors_s cursors = {*source, sourceEnd, *target, targetEnd};
   const uint16_t* before = nullptr;
+  std::size_t longest = longestRun;
   while (cursors.size() > 0 && cursors.source != before) {
     before = cursors.source;
     takeAscii(cursors);
-    takeRun(cursors);
+    const bool isCut = takeRun(cursors, longest) < longest;
+    // Where there are surrogates there are more: to look far ahead would be in vain.
+    longest = isCut ? longestRunAmongPairs : longestRun;
     if (cursors.size() > 0) {
       takePairs(cursors);
     }

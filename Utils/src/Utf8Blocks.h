@@ -295,6 +295,20 @@ inline void writePieceWithFour(const uint8_t* text, std::size_t begin, std::size
   });
 }
 
+// In UTF-32, by way of UTF-16; gives how many units.
+inline std::size_t writePieceWithFour(const uint8_t* text, std::size_t begin, std::size_t end, const Plan_s& plan,
+                                      uint32_t* target) {
+  std::array<uint16_t, pieceSize + 2 * spareUnits> pairs; // NOLINT: filled by the next line
+  writePieceWithFour(text, begin, end, plan, pairs.data());
+  std::size_t written = 0;
+  for (std::size_t place = 0; place < plan.size; ++written) {
+    const Character_s character = readCharacter(&pairs[place], pairs.data() + plan.size, strict);
+    store(target + written, character.value);
+    place += character.length;
+  }
+  return written;
+}
+
 // Lets a result be written that leaves eight units of anything behind it, so that nothing of them is seen. False where
 // there is no room.
 template <class Unit_t, class Write_c>
@@ -367,10 +381,8 @@ inline std::size_t takePiece(const uint8_t* text, std::size_t begin, std::size_t
   Plan_s plan; // NOLINT: filled by the next line
   makePlan(text, begin, end, hasFour, plan);
   if (plan.hasFour) {
-    const uint8_t* source = text + begin;
-    uint32_t* result = target;
-    const bool isWhole = plan.isWellFormed && convert(&source, text + end, &result, target + room, strict) == ok;
-    return isWhole ? static_cast<std::size_t>(result - target) : 0;
+    const bool canBe = plan.isWellFormed && room >= plan.size;
+    return canBe ? writePieceWithFour(text, begin, end, plan, target) : 0;
   }
   const auto write = [&](uint32_t* place) { writePiece(text, begin, end, plan, place); };
   return plan.isWellFormed && writeExactly(target, room, plan.size, write) ? plan.size : 0;
