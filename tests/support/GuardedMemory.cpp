@@ -13,8 +13,12 @@ std::size_t pageSize() {
 }
 
 // Null where there is none.
-uint8_t* reserve(std::size_t size) {
-  void* place = mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+uint8_t* reserve(std::size_t size, std::size_t times = 1) {
+  std::size_t total = 0;
+  if (__builtin_mul_overflow(size, times, &total)) {
+    return nullptr;
+  }
+  void* place = mmap(nullptr, total, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
   return place == MAP_FAILED ? nullptr : static_cast<uint8_t*>(place);
 }
 
@@ -48,7 +52,7 @@ GuardedMemory_c::~GuardedMemory_c() {
 }
 
 RepeatedMemory_c::RepeatedMemory_c(std::size_t partSize, std::size_t parts)
-    : m_begin(reserve(partSize * parts)), m_size(partSize * parts) {
+    : m_begin(reserve(partSize, parts)), m_size(partSize * parts) {
   if (m_begin != nullptr && !mapParts(m_begin, partSize, parts)) {
     munmap(m_begin, m_size);
     m_begin = nullptr;
