@@ -9,7 +9,9 @@
 #include "SwIdentification.h"
 #include "SystemUtils.h"
 #include "Thread_c.h"
+#include "UtfConversion.h"
 #include "ZemoApp.h"
+#include "string_util.h"
 
 #include <type_traits>
 
@@ -162,6 +164,29 @@ static_assert(is<void (*)(long, int)>(&RealTimeClockApi::write_rtc), "write_rtc"
 static_assert(is<int (*)(int)>(&RealTimeClockApi::to_sys_clock), "to_sys_clock");
 static_assert(is<int (*)(int)>(&RealTimeClockApi::from_sys_clock), "from_sys_clock");
 static_assert(is<void (*)(int, int, int, int, int, int)>(&RealTimeClockApi::setRtcTime), "setRtcTime");
+
+// Unicode text.
+static_assert(is<int (*)(const uint8_t**, const uint8_t*, uint16_t**, uint16_t*, int)>(&ConvertUTF8toUTF16),
+              "ConvertUTF8toUTF16");
+static_assert(is<int (*)(const uint8_t**, const uint8_t*, uint32_t**, uint32_t*, int)>(&ConvertUTF8toUTF32),
+              "ConvertUTF8toUTF32");
+static_assert(is<int (*)(const uint16_t**, const uint16_t*, uint8_t**, uint8_t*, int)>(&ConvertUTF16toUTF8),
+              "ConvertUTF16toUTF8");
+static_assert(is<int (*)(const uint16_t**, const uint16_t*, uint32_t**, uint32_t*, int)>(&ConvertUTF16toUTF32),
+              "ConvertUTF16toUTF32");
+static_assert(is<int (*)(const uint32_t**, const uint32_t*, uint8_t**, uint8_t*, int)>(&ConvertUTF32toUTF8),
+              "ConvertUTF32toUTF8");
+static_assert(is<int (*)(const uint32_t**, const uint32_t*, uint16_t**, uint16_t*, int)>(&ConvertUTF32toUTF16),
+              "ConvertUTF32toUTF16");
+static_assert(is<int (*)(const uint8_t*, const uint8_t*)>(&isLegalUTF8Sequence), "isLegalUTF8Sequence");
+static_assert(utfConversionOk == 0 && utfSourceExhausted == 1 && utfTargetExhausted == 2 && utfSourceIllegal == 3,
+              "results");
+static_assert(is<bool (*)(const unsigned char*, int)>(&isStringLegalUTF8), "isStringLegalUTF8");
+static_assert(is<bool (*)(const unsigned char*, int, int)>(&isMaxStringLengthLegalUTF8), "isMaxStringLengthLegalUTF8");
+static_assert(is<int (*)(const unsigned char*, int, int)>(&byteOffsetToUTF8CharIndex), "byteOffsetToUTF8CharIndex");
+static_assert(is<void (*)(std::string&)>(&trimToValidUtf8String), "trimToValidUtf8String");
+static_assert(is<std::string (*)(const std::string&)>(&ConvertUtf8String2BomString), "ConvertUtf8String2BomString");
+static_assert(is<std::string (*)(const std::string&)>(&ConvertBomString2Utf8String), "ConvertBomString2Utf8String");
 
 // Threads.
 static_assert(is<void (Thread_c::*)(void* (*)(void*), void*)>(&Thread_c::start), "Thread_c::start");

@@ -1,0 +1,174 @@
+// What the fast ways through Unicode text have in common: blocks of 16 bytes, with SSE2, and with SSSE3 where the
+// processor has it.
+//
+// They take well-formed text only, piece by piece, and leave everything else, errors among it, to UtfSimple.h. Nothing
+// outside a text is read, and what stands behind the last unit of a result stays as it was.
+#pragma once
+
+#include "UtfSimple.h"
+
+#include <algorithm>
+#include <array>
+
+#if defined(__SSE2__) && !defined(ZEMO_PORTABLE_UTF)
+#define ZEMO_UTF_BLOCKS
+#include <emmintrin.h>
+
+namespace Utf {
+
+constexpr std::size_t blockSize = 16;
+
+inline __m128i loadBlock(const void* place) {
+  return _mm_loadu_si128(static_cast<const __m128i*>(place));
+}
+
+inline void storeBlock(void* place, __m128i block) {
+  _mm_storeu_si128(static_cast<__m128i*>(place), block);
+}
+
+inline __m128i bytes(int value) {
+  return _mm_set1_epi8(static_cast<char>(value));
+}
+
+inline __m128i units(uint32_t value) {
+  return _mm_set1_epi16(static_cast<short>(value));
+}
+
+inline __m128i words(uint32_t value) {
+  return _mm_set1_epi32(static_cast<int>(value));
+}
+
+inline uint32_t maskOf(__m128i flags) {
+  return static_cast<uint32_t>(_mm_movemask_epi8(flags));
+}
+
+template <class Word_t>
+Word_t loadWord(const uint8_t* place) {
+  Word_t word;
+  std::memcpy(&word, place, sizeof word);
+  return word;
+}
+
+// The last bytes of a text, 1 to 15, with zeros behind them.
+inline __m128i loadPart(const uint8_t* text, std::size_t size) {
+  if (size >= 8) {
+    const __m128i end = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(text + size - 8));
+    const __m128i shift = _mm_cvtsi32_si128(static_cast<int>(8 * (16 - size)));
+    return _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(text)), _mm_srl_epi64(end, shift));
+  }
+  if (size >= 4) {
+    const __m128i end = _mm_cvtsi32_si128(loadWord<int>(text + size - 4));
+    const __m128i shift = _mm_cvtsi32_si128(static_cast<int>(8 * (size - 4)));
+    return _mm_or_si128(_mm_cvtsi32_si128(loadWord<int>(text)), _mm_sll_epi64(end, shift));
+  }
+  const uint32_t middle = uint32_t{text[size / 2]} << (8 * (size / 2));
+  const uint32_t last = uint32_t{text[size - 1]} << (8 * (size - 1));
+  return _mm_cvtsi32_si128(static_cast<int>(text[0] | middle | last));
+}
+
+// Orders of bytes that move what counts in a block to its front, by a mask; and how much counts.
+struct Packing_s {
+  std::array<std::array<uint8_t, blockSize>, 256> orders;
+  std::array<uint8_t, 256> counts;
+};
+
+// Units of 16 bits, one bit each, from half a block.
+constexpr Packing_s packingOfUnits() {
+  Packing_s packing = {};
+  for (unsigned int mask = 0; mask < 256; ++mask) {
+    uint8_t count = 0;
+    for (uint8_t unit = 0; unit < 8; ++unit) {
+      if ((mask >> unit & 1) != 0) {
+        packing.orders[mask][2 * count] = static_cast<uint8_t>(2 * unit);
+        packing.orders[mask][2 * count + 1] = static_cast<uint8_t>(2 * unit + 1);
+        ++count;
+      }
+    }
+    packing.counts[mask] = count;
+  }
+  return packing;
+}
+
+// Characters in words of 32 bits, their bytes before the word's last one: a low bit for more than one byte, the bit
+// four above it for three.
+constexpr Packing_s packingOfBytes() {
+  Packing_s packing = {};
+  for (unsigned int mask = 0; mask < 256; ++mask) {
+    uint8_t count = 0;
+    for (uint8_t word = 0; word < 4; ++word) {
+      const int isTwo = mask >> word & 1;
+      const int isThree = mask >> (word + 4) & 1;
+      for (int byte = 2 - isTwo - isThree; byte < 3; ++byte) {
+        packing.orders[mask][count++] = static_cast<uint8_t>(4 * word + byte);
+      }
+    }
+    packing.counts[mask] = count;
+  }
+  return packing;
+}
+
+constexpr std::array<uint8_t, 2 * blockSize> orderOfMoving() {
+  std::array<uint8_t, 2 * blockSize> order = {};
+  for (uint8_t place = 0; place < 2 * blockSize; ++place) {
+    order[place] = place < blockSize ? place : 0x80; // the upper bit asks for a zero
+  }
+  return order;
+}
+
+inline constexpr std::array<uint8_t, 2 * blockSize> movingOrder = orderOfMoving();
+inline constexpr Packing_s unitPacking = packingOfUnits();
+inline constexpr Packing_s bytePacking = packingOfBytes();
+
+// Puts the bytes of a block into another order; zeros where the order has its upper bit set. The instruction is named
+// here and nowhere else, so that the library runs on processors without it: ask hasShuffle first.
+inline __m128i shuffle(__m128i block, __m128i order) {
+  __asm__("pshufb %1, %0" : "+x"(block) : "x"(order));
+  return block;
+}
+
+inline bool hasShuffle() {
+  return __builtin_cpu_supports("ssse3") != 0;
+}
+
+// Moves the units to the front whose bits are set.
+inline __m128i packUnits(__m128i block, uint32_t kept) {
+  return shuffle(block, loadBlock(unitPacking.orders[kept].data()));
+}
+
+// Moves the bytes of characters together.
+inline __m128i packBytes(__m128i block, uint32_t lengths) {
+  return shuffle(block, loadBlock(bytePacking.orders[lengths].data()));
+}
+
+// Drops bytes at the front, and puts zeros at the end.
+inline __m128i moveToFront(__m128i block, std::size_t dropped) {
+  return shuffle(block, loadBlock(movingOrder.data() + dropped));
+}
+
+// Writes exactly this many bytes; 16 can be read from the source in any case.
+inline void copyExactly(void* target, const void* source, std::size_t size) {
+  auto* to = static_cast<uint8_t*>(target);
+  const auto* from = static_cast<const uint8_t*>(source);
+  if (size >= blockSize) {
+    for (std::size_t place = 0; place < size - blockSize; place += blockSize) {
+      storeBlock(to + place, loadBlock(from + place));
+    }
+    storeBlock(to + size - blockSize, loadBlock(from + size - blockSize));
+    return;
+  }
+  if (size >= 8) {
+    std::memcpy(to, from, 8);
+    std::memcpy(to + size - 8, from + size - 8, 8);
+  } else if (size >= 4) {
+    std::memcpy(to, from, 4);
+    std::memcpy(to + size - 4, from + size - 4, 4);
+  } else {
+    for (std::size_t place = 0; place < size; ++place) {
+      to[place] = from[place];
+    }
+  }
+}
+
+} // namespace Utf
+
+#endif
