@@ -82,21 +82,22 @@ inline bool isSecondByte(uint8_t lead, uint8_t byte) {
   }
 }
 
-// Whether bytes are one well-formed character of a length; that many are readable. Other lengths than 1 to 4 are not.
+// Whether bytes are one well-formed character of a length; other lengths than 1 to 4 are not. That many bytes are
+// readable, or as many as there are up to a zero: a byte that is wrong is the last one read.
 inline bool isWellFormed(const uint8_t* bytes, std::size_t length) {
   if (length < 1 || length > 4) {
     return false;
   }
-  if (length >= 4 && !isContinuation(bytes[3])) {
-    return false;
-  }
-  if (length >= 3 && !isContinuation(bytes[2])) {
+  if ((bytes[0] >= 0x80 && bytes[0] <= 0xC1) || bytes[0] > 0xF4) {
     return false;
   }
   if (length >= 2 && !isSecondByte(bytes[0], bytes[1])) {
     return false;
   }
-  return (bytes[0] < 0x80 || bytes[0] > 0xC1) && bytes[0] <= 0xF4;
+  if (length >= 3 && !isContinuation(bytes[2])) {
+    return false;
+  }
+  return length < 4 || isContinuation(bytes[3]);
 }
 
 // One character that has been read: its value and how many units of the source it takes, or why it cannot be had.

@@ -78,8 +78,11 @@ bool isMaxStringLengthLegalUTF8(const unsigned char* s, int length, int maxChars
   const std::size_t size = length > 0 ? static_cast<std::size_t>(length) : 0;
   std::size_t offset = 0;
   for (int count = 0; offset < size; ++count) {
+    if (count == maxChars) {
+      return false;
+    }
     const std::size_t next = lengthByLead(s[offset]);
-    if (count == maxChars || !Utf::isWellFormed(s + offset, next)) {
+    if (!Utf::isWellFormed(s + offset, next)) {
       return false;
     }
     offset += next;
