@@ -95,7 +95,8 @@ private:
 
 // 32 bits each, whatever the medium's size.
 long long bytesOf(unsigned long blockSize, fsblkcnt_t blocks) {
-  return static_cast<long long>(uint64_t{static_cast<uint32_t>(blockSize)} * static_cast<uint32_t>(blocks));
+  const uint64_t bytes = uint64_t{static_cast<uint32_t>(blockSize)} * static_cast<uint32_t>(blocks);
+  return static_cast<long long>(bytes);
 }
 
 bool hasNoParent(const std::string& path) {

@@ -109,7 +109,7 @@ private:
 struct timezone zoneOfKernel() {
   // The whole hour is taken off wherever the zone has daylight-saving rules, whether or not they apply now. On purpose.
   struct timezone zone = {};
-  zone.tz_minuteswest = static_cast<int>(timezone / 60 - 60 * daylight);
+  zone.tz_minuteswest = static_cast<int>(timezone / 60 - 60L * daylight);
   zone.tz_dsttime = 0;
   return zone;
 }

@@ -264,10 +264,10 @@ inline std::size_t takeRun(Cursors_s& cursors, std::size_t longest) {
 __attribute__((noinline)) inline void takeRuns(const uint16_t** source, const uint16_t* sourceEnd, uint8_t** target,
                                                uint8_t* targetEnd) {
   Cursors_s cursors = {*source, sourceEnd, *target, targetEnd};
-  const uint16_t* before = nullptr;
   std::size_t longest = longestRun;
-  while (cursors.size() > 0 && cursors.source != before) {
-    before = cursors.source;
+  std::size_t before = 0;
+  for (std::size_t left = cursors.size(); left > 0 && left != before; left = cursors.size()) {
+    before = left;
     takeAscii(cursors);
     const bool isCut = takeRun(cursors, longest) < longest;
     // Where there are surrogates there are more: to look far ahead would be in vain.

@@ -75,16 +75,16 @@ struct Packing_s {
 // Units of 16 bits, one bit each, from half a block.
 constexpr Packing_s packingOfUnits() {
   Packing_s packing = {};
-  for (unsigned int mask = 0; mask < 256; ++mask) {
-    uint8_t count = 0;
-    for (uint8_t unit = 0; unit < 8; ++unit) {
+  for (std::size_t mask = 0; mask < 256; ++mask) {
+    std::size_t count = 0;
+    for (std::size_t unit = 0; unit < 8; ++unit) {
       if ((mask >> unit & 1) != 0) {
         packing.orders[mask][2 * count] = static_cast<uint8_t>(2 * unit);
         packing.orders[mask][2 * count + 1] = static_cast<uint8_t>(2 * unit + 1);
         ++count;
       }
     }
-    packing.counts[mask] = count;
+    packing.counts[mask] = static_cast<uint8_t>(count);
   }
   return packing;
 }
@@ -93,16 +93,16 @@ constexpr Packing_s packingOfUnits() {
 // four above it for three.
 constexpr Packing_s packingOfBytes() {
   Packing_s packing = {};
-  for (unsigned int mask = 0; mask < 256; ++mask) {
-    uint8_t count = 0;
-    for (uint8_t word = 0; word < 4; ++word) {
-      const int isTwo = mask >> word & 1;
-      const int isThree = mask >> (word + 4) & 1;
-      for (int byte = 2 - isTwo - isThree; byte < 3; ++byte) {
+  for (std::size_t mask = 0; mask < 256; ++mask) {
+    std::size_t count = 0;
+    for (std::size_t word = 0; word < 4; ++word) {
+      const std::size_t isTwo = mask >> word & 1;
+      const std::size_t isThree = mask >> (word + 4) & 1;
+      for (std::size_t byte = 2 - isTwo - isThree; byte < 3; ++byte) {
         packing.orders[mask][count++] = static_cast<uint8_t>(4 * word + byte);
       }
     }
-    packing.counts[mask] = count;
+    packing.counts[mask] = static_cast<uint8_t>(count);
   }
   return packing;
 }
