@@ -21,6 +21,7 @@
 #include <new>
 #include <printf.h>
 #include <unistd.h>
+#include <unwind.h>
 #include <utility>
 #include <vector>
 
@@ -137,6 +138,29 @@ void handMessage(const char* fmt, va_list arguments) {
 
 #pragma GCC diagnostic pop
 
+struct Depth_s {
+  std::size_t count;
+  _Unwind_Ptr address;
+  _Unwind_Word frame;
+};
+
+// A frame that is its own caller ends the count: the stack is corrupt there.
+_Unwind_Reason_Code countFrame(_Unwind_Context* context, void* argument) {
+  auto* depth = static_cast<Depth_s*>(argument);
+  const Depth_s next = {depth->count + 1, _Unwind_GetIP(context), _Unwind_GetCFA(context)};
+  if (next.address == depth->address && next.frame == depth->frame) {
+    return _URC_END_OF_STACK;
+  }
+  *depth = next;
+  return _URC_NO_REASON;
+}
+
+std::size_t depthOfStack() {
+  Depth_s depth = {};
+  _Unwind_Backtrace(countFrame, &depth);
+  return depth.count;
+}
+
 // One line in one piece, so that it stays whole on a stream without a buffer.
 void printLine(FILE* out, std::string& text, std::initializer_list<const char*> parts) {
   text.clear();
@@ -246,8 +270,8 @@ void print_stacktrace(FILE* out, unsigned int maxFrames) {
   auto count = static_cast<std::size_t>(backtrace(frames, static_cast<int>(size)));
   // A stack must not be asked to hold what it may not have room for: more frames go to the heap.
   std::vector<void*> manyFrames;
-  while (count == size && size < wanted) {
-    size = std::min(wanted, 2 * size);
+  if (count == size && size < wanted) {
+    size = std::max(size, std::min(wanted, depthOfStack()));
     manyFrames.resize(size);
     frames = manyFrames.data();
     count = static_cast<std::size_t>(backtrace(frames, static_cast<int>(size)));
