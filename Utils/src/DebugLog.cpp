@@ -267,14 +267,17 @@ void print_stacktrace(FILE* out, unsigned int maxFrames) {
   const std::size_t wanted = std::min<std::size_t>(maxFrames, INT_MAX - 1) + 1;
   std::size_t size = std::min(wanted, maxFramesOnStack + 1);
   auto** frames = static_cast<void**>(alloca(size * sizeof(void*)));
-  auto count = static_cast<std::size_t>(backtrace(frames, static_cast<int>(size)));
-  // A stack must not be asked to hold what it may not have room for: more frames go to the heap.
+  std::size_t count = 0;
   std::vector<void*> manyFrames;
-  if (count == size && size < wanted) {
+  while (true) {
+    count = static_cast<std::size_t>(backtrace(frames, static_cast<int>(size)));
+    if (count < size || size == wanted || !manyFrames.empty()) {
+      break;
+    }
+    // A stack must not be asked to hold what it may not have room for: more frames go to the heap.
     size = std::max(size, std::min(wanted, depthOfStack()));
     manyFrames.resize(size);
     frames = manyFrames.data();
-    count = static_cast<std::size_t>(backtrace(frames, static_cast<int>(size)));
   }
   if (count == 0) {
     std::fputs("  <empty, possibly corrupt>\n", out);
