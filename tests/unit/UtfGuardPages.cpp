@@ -85,7 +85,7 @@ std::vector<std::vector<Unit_t>> textsOf(std::size_t size) {
     }
   }
   RandomText_c random(static_cast<unsigned int>(size));
-  for (const std::size_t errorsIn : {0, 0, 20}) {
+  for (const std::size_t errorsIn : {0U, 0U, 20U}) {
     texts.push_back(random.text<Unit_t>(size, errorsIn));
     texts.back().resize(size);
   }
