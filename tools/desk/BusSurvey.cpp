@@ -26,7 +26,7 @@ BusSurvey_c::BusSurvey_c(BusNode_c& node, uint64_t name, uint8_t preferredAddres
   node.setRequests(true);
   node.setMultiReceive(true);
   node.setMultiSend(true);
-  node.onMessage([this](const IsoMessage_s& message) { take(message); });
+  m_handler = node.onMessage([this](const IsoMessage_s& message) { take(message); });
   FunctionSettings_s settings;
   settings.name = name;
   settings.preferredAddress = preferredAddress;
@@ -35,6 +35,7 @@ BusSurvey_c::BusSurvey_c(BusNode_c& node, uint64_t name, uint8_t preferredAddres
 }
 
 BusSurvey_c::~BusSurvey_c() {
+  m_node.removeHandler(m_handler);
   m_node.remove(m_self);
 }
 

@@ -76,6 +76,7 @@ private:
 
   IsoBusHost::BusNode_c& m_node;
   IsoBusHost::OwnFunction_c* m_self;
+  IsoBusHost::BusNode_c::HandlerId m_handler = 0;
   std::vector<SurveyedFunction_s> m_functions;
   std::map<uint8_t, int> m_announcedMembers; // working-set master messages by address
   std::set<uint64_t> m_claims;

@@ -76,6 +76,7 @@ class NetworkManagement_c;
 class BusNode_c {
 public:
   using MessageHandler = std::function<void(const IsoMessage_s&)>;
+  using HandlerId = uint64_t; // never 0, never given twice by one node
 
   explicit BusNode_c(CanPort_c& port);
   ~BusNode_c();
@@ -108,11 +109,24 @@ public:
   //   Gives    false when the function has no address or the message cannot be taken
   bool send(const OwnFunction_c& from, IsoMessage_s message, TransportProtocol_c::Done done = {});
 
+  // send: sends a message of up to 8 bytes. Takes no memory from the heap on the way to the port's transport.
+  //
+  //   Takes    data: length bytes
+  //   Gives    false when the function has no address, the message is none or the port does not take the frame
+  bool send(const OwnFunction_c& from, uint32_t pgn, uint8_t priority, uint8_t destination, const uint8_t* data,
+            std::size_t length);
+
   // request: asks a destination, or all with 255, for a PGN.
   bool request(const OwnFunction_c& from, uint32_t pgn, uint8_t destination);
 
   // onMessage: handlers see every complete message for this node or for all, requests and acknowledgements included.
-  void onMessage(MessageHandler handler);
+  // Gives what removeHandler wants to know; a handler that is never taken back stays as long as the node. The message
+  // and its data are there during the call only.
+  HandlerId onMessage(MessageHandler handler);
+
+  // removeHandler: takes a handler back; it is not called again, not even about the message that is being told. What it
+  // has captured lives until no handler runs. An id that is unknown or taken back already is ignored.
+  void removeHandler(HandlerId id);
 
   // The control functions of others that claim an address on this bus: address, NAME.
   const std::map<uint8_t, uint64_t>& others() const;
@@ -129,6 +143,13 @@ public:
 private:
   using AnswerKey = std::tuple<uint8_t, uint8_t, uint32_t>; // own address, destination, PGN
 
+  struct Handler_s {
+    HandlerId id; // noHandler: taken back while messages were being told
+    MessageHandler handler;
+  };
+  static constexpr HandlerId noHandler = 0;
+
+  bool maySend(const OwnFunction_c& from, uint32_t pgn, uint8_t destination) const;
   bool sendFrame(const IsoId_s& id, const uint8_t* data, std::size_t length);
   bool sendRequest(uint8_t source, uint32_t pgn, uint8_t destination);
   TransportProtocol_c::Done deferred(TransportProtocol_c::Done done);
@@ -137,7 +158,9 @@ private:
   void dispatch(const CanFrame_s& frame);
   bool isForUs(uint8_t destination) const;
   void handleViolation(const IsoId_s& id, const CanFrame_s& frame);
+  void deliverShort(const IsoId_s& id, const CanFrame_s& frame);
   void deliver(const IsoMessage_s& message);
+  void tellHandlers(const IsoMessage_s& message);
 
   void handleRequest(const IsoMessage_s& message);
   bool answerRequest(OwnFunction_c* function, uint32_t pgn, uint8_t destination);
@@ -154,7 +177,10 @@ private:
   CanPort_c& m_port;
   NodeStatistics_s m_statistics;
   std::deque<std::function<void()>> m_deferred; // call-backs that wait for the end of what is being done
-  std::list<MessageHandler> m_handlers;
+  std::list<Handler_s> m_handlers;
+  HandlerId m_lastHandler = 0;
+  unsigned int m_delivering = 0;     // messages that are being told, one inside the other
+  std::vector<uint8_t> m_shortData;  // the data of short messages, one after the other
   std::set<AnswerKey> m_longAnswers; // under way
   bool m_bRequests = false;
   bool m_bWorkingSets = false;

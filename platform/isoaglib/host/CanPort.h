@@ -5,6 +5,7 @@
 #pragma once
 
 #include "CanTransport.h"
+#include "FrameQueue.h"
 
 #include <cstdint>
 #include <deque>
@@ -37,7 +38,7 @@ public:
 
   // isBlocked: whether frames wait that the transport does not take. Its descriptor may be writable all the same (a CAN
   // interface that is down or full): try again after a while rather than wait for the descriptor.
-  bool isBlocked() const { return !m_queue.empty(); }
+  bool isBlocked() const { return !m_queue.isEmpty(); }
   CanTransport_c& transport() { return *m_transport; }
   const CanTransport_c& transport() const { return *m_transport; }
 
@@ -55,7 +56,7 @@ private:
   void account(const CanFrame_s& frame, Direction_e direction);
 
   std::unique_ptr<CanTransport_c> m_transport;
-  std::deque<CanFrame_s> m_queue;
+  FrameQueue_c m_queue;
   std::deque<Observer> m_observers; // stay where they are when an observer adds another
   uint64_t m_framesSent = 0;
   uint64_t m_framesReceived = 0;

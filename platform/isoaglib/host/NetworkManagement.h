@@ -46,7 +46,12 @@ public:
   OwnFunction_c* add(FunctionSettings_s settings);
   void remove(const OwnFunction_c* function);
   bool contains(const OwnFunction_c* function) const;
+
+  // functions: a copy, for a caller whom call-backs may give other functions meanwhile; owned: the functions
+  // themselves.
   std::vector<OwnFunction_c*> functions() const;
+  const std::list<std::unique_ptr<OwnFunction_c>>& owned() const { return m_functions; }
+
   OwnFunction_c* findName(uint64_t name) const;
 
   // findClaimed: returns the own function that has claimed an address, or null.

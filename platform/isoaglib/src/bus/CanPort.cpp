@@ -15,14 +15,13 @@ constexpr double bitsPerUs = 0.25; // ISO 11783-2: 250 kbit/s
 } // namespace
 
 CanPort_c::CanPort_c(std::unique_ptr<CanTransport_c> transport)
-    : m_transport(std::move(transport)), m_openedUs(HostClock::nowUs()) {}
+    : m_transport(std::move(transport)), m_queue(longestQueue), m_openedUs(HostClock::nowUs()) {}
 
 bool CanPort_c::send(const CanFrame_s& frame) {
-  if (!isDataFrame(frame) || !m_transport->isOpen() || m_queue.size() >= longestQueue) {
+  if (!isDataFrame(frame) || !m_transport->isOpen() || !m_queue.push(frame)) {
     ++m_framesDropped;
     return false;
   }
-  m_queue.push_back(frame);
   flush();
   return true;
 }
@@ -38,9 +37,9 @@ std::optional<CanFrame_s> CanPort_c::receive() {
 
 void CanPort_c::flush() {
   m_transport->flush();
-  while (!m_queue.empty() && m_transport->send(m_queue.front())) {
+  while (!m_queue.isEmpty() && m_transport->send(m_queue.front())) {
     const CanFrame_s frame = m_queue.front();
-    m_queue.pop_front(); // before the observers, who may send
+    m_queue.pop(); // before the observers, who may send
     ++m_framesSent;
     account(frame, Direction_e::sent);
   }
@@ -55,7 +54,7 @@ bool CanPort_c::hasPending() const {
 }
 
 bool CanPort_c::hasUnsent() const {
-  return !m_queue.empty() || m_transport->hasUnsent();
+  return !m_queue.isEmpty() || m_transport->hasUnsent();
 }
 
 void CanPort_c::observe(Observer observer) {

@@ -1,7 +1,7 @@
+#include "FrameQueue.h"
 #include "Transports.h"
 
 #include <algorithm>
-#include <deque>
 #include <map>
 #include <vector>
 
@@ -58,16 +58,16 @@ public:
   }
 
   std::optional<CanFrame_s> receive() override {
-    if (m_arrived.empty()) {
+    if (m_arrived.isEmpty()) {
       return std::nullopt;
     }
     const CanFrame_s frame = m_arrived.front();
-    m_arrived.pop_front();
+    m_arrived.pop();
     ++m_statistics.received;
     return frame;
   }
 
-  bool hasPending() const override { return !m_arrived.empty(); }
+  bool hasPending() const override { return !m_arrived.isEmpty(); }
   int descriptor() const override { return -1; }
   bool hasUnsent() const override { return false; }
   void flush() override {}
@@ -76,16 +76,10 @@ public:
   const TransportStatistics_s& statistics() const override { return m_statistics; }
 
 private:
-  void deliver(const CanFrame_s& frame) {
-    if (m_arrived.size() == longestQueue) {
-      ++m_statistics.overrun;
-      return;
-    }
-    m_arrived.push_back(frame);
-  }
+  void deliver(const CanFrame_s& frame) { m_statistics.overrun += m_arrived.push(frame) ? 0 : 1; }
 
   std::shared_ptr<LocalBus_s> m_bus;
-  std::deque<CanFrame_s> m_arrived;
+  FrameQueue_c m_arrived{longestQueue};
   TransportStatistics_s m_statistics;
 };
 

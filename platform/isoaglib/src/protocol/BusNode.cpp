@@ -62,7 +62,9 @@ BusNode_c::BusNode_c(CanPort_c& port)
       m_transportProtocol(TransportProtocol_c::Callbacks_s{
           [this](const CanFrame_s& frame) { return m_port.send(frame); },
           [this](const IsoMessage_s& message) { m_deferred.push_back([this, message] { deliver(message); }); },
-          [this](uint8_t address) { return m_networkManagement->findClaimed(address) != nullptr; }}) {}
+          [this](uint8_t address) { return m_networkManagement->findClaimed(address) != nullptr; }}) {
+  m_shortData.reserve(frameBytes);
+}
 
 BusNode_c::~BusNode_c() = default;
 
@@ -113,8 +115,22 @@ const std::map<uint8_t, uint64_t>& BusNode_c::others() const {
   return m_networkManagement->others();
 }
 
-void BusNode_c::onMessage(MessageHandler handler) {
-  m_handlers.push_back(std::move(handler));
+BusNode_c::HandlerId BusNode_c::onMessage(MessageHandler handler) {
+  m_handlers.push_back({++m_lastHandler, std::move(handler)});
+  return m_lastHandler;
+}
+
+// A handler that is being called, by this message or one around it, must not go away under its own feet.
+void BusNode_c::removeHandler(HandlerId id) {
+  const auto known = std::find_if(m_handlers.begin(), m_handlers.end(),
+                                  [id](const Handler_s& entry) { return entry.id == id && id != noHandler; });
+  if (known == m_handlers.end()) {
+    return;
+  }
+  known->id = noHandler;
+  if (m_delivering == 0) {
+    m_handlers.erase(known);
+  }
 }
 
 const NodeStatistics_s& BusNode_c::statistics() const {
@@ -135,17 +151,26 @@ bool BusNode_c::sendFrame(const IsoId_s& id, const uint8_t* data, std::size_t le
   return m_port.send(frame);
 }
 
+bool BusNode_c::maySend(const OwnFunction_c& from, uint32_t pgn, uint8_t destination) const {
+  return m_networkManagement->contains(&from) && from.m_state == ClaimState_e::claimed && pgn <= maxPgn &&
+         destination != nullAddress;
+}
+
+bool BusNode_c::send(const OwnFunction_c& from, uint32_t pgn, uint8_t priority, uint8_t destination,
+                     const uint8_t* data, std::size_t length) {
+  return length <= frameBytes && maySend(from, pgn, destination) &&
+         sendFrame({priority, pgn, destination, from.m_address}, data, length);
+}
+
 bool BusNode_c::send(const OwnFunction_c& from, IsoMessage_s message, TransportProtocol_c::Done done) {
-  const bool maySend = m_networkManagement->contains(&from) && from.m_state == ClaimState_e::claimed;
-  if (!maySend || message.pgn > maxPgn || message.destination == nullAddress) {
+  if (!maySend(from, message.pgn, message.destination)) {
     return false;
   }
-  message.source = from.m_address;
   if (message.data.size() > frameBytes) {
+    message.source = from.m_address;
     return m_transportProtocol.send(std::move(message), deferred(std::move(done)));
   }
-  const IsoId_s id{message.priority, message.pgn, message.destination, message.source};
-  if (!sendFrame(id, message.data.data(), message.data.size())) {
+  if (!send(from, message.pgn, message.priority, message.destination, message.data.data(), message.data.size())) {
     return false;
   }
   if (done) {
@@ -156,8 +181,7 @@ bool BusNode_c::send(const OwnFunction_c& from, IsoMessage_s message, TransportP
 
 bool BusNode_c::request(const OwnFunction_c& from, uint32_t pgn, uint8_t destination) {
   const auto bytes = pgnBytes(pgn);
-  const bool isSent =
-      pgn <= maxPgn && send(from, {Pgn::request, 6, nullAddress, destination, {bytes.begin(), bytes.end()}});
+  const bool isSent = pgn <= maxPgn && send(from, Pgn::request, 6, destination, bytes.data(), bytes.size());
   if (isSent && pgn == Pgn::addressClaimed && destination == globalAddress) {
     m_networkManagement->answerRequest(globalAddress);
   }
@@ -207,7 +231,7 @@ uint64_t BusNode_c::nextDueMs() const {
     return HostClock::nowMs();
   }
   uint64_t dueMs = std::min(m_networkManagement->nextDueMs(), m_transportProtocol.nextDueMs());
-  for (const OwnFunction_c* function : m_networkManagement->functions()) {
+  for (const auto& function : m_networkManagement->owned()) {
     dueMs = std::min(dueMs, function->m_memberDueMs);
   }
   return dueMs;
@@ -241,7 +265,7 @@ void BusNode_c::dispatch(const CanFrame_s& frame) {
     m_transportProtocol.handleFrame(frame);
     return;
   }
-  deliver({id.pgn, id.priority, id.source, id.destination, {frame.data.begin(), frame.data.begin() + frame.length}});
+  deliverShort(id, frame);
 }
 
 // A double of one of our addresses: what it says is not for us. Its request to all was answered with our claim already.
@@ -256,14 +280,32 @@ bool BusNode_c::isForUs(uint8_t destination) const {
   return destination == globalAddress || m_networkManagement->findClaimed(destination) != nullptr;
 }
 
+// The buffer is on loan to the message: a poll() inside a handler finds it gone and takes one of its own.
+void BusNode_c::deliverShort(const IsoId_s& id, const CanFrame_s& frame) {
+  IsoMessage_s message{id.pgn, id.priority, id.source, id.destination, std::exchange(m_shortData, {})};
+  message.data.assign(frame.data.begin(), frame.data.begin() + frame.length);
+  deliver(message);
+  m_shortData = std::move(message.data);
+}
+
 void BusNode_c::deliver(const IsoMessage_s& message) {
   if (message.pgn == Pgn::request) {
     handleRequest(message);
   } else if (message.pgn == Pgn::commandedAddress) {
     handleCommandedAddress(message);
   }
-  for (const MessageHandler& handler : m_handlers) {
-    handler(message);
+  tellHandlers(message);
+}
+
+void BusNode_c::tellHandlers(const IsoMessage_s& message) {
+  ++m_delivering;
+  for (const Handler_s& entry : m_handlers) {
+    if (entry.id != noHandler) {
+      entry.handler(message);
+    }
+  }
+  if (--m_delivering == 0) {
+    m_handlers.remove_if([](const Handler_s& entry) { return entry.id == noHandler; });
   }
 }
 
@@ -393,7 +435,7 @@ bool BusNode_c::announceWorkingSet(OwnFunction_c& function) {
 }
 
 void BusNode_c::workOnWorkingSets() {
-  for (OwnFunction_c* function : m_networkManagement->functions()) {
+  for (const auto& function : m_networkManagement->owned()) {
     if (function->m_memberDueMs <= HostClock::nowMs()) {
       announceMember(*function);
     }
