@@ -34,6 +34,15 @@ void add(std::string entry);
 const std::vector<std::string>& entries();
 void clear();
 
+// setVtCalls: whether the calls of VT objects are written too; off at first, since there are many and an entry costs an
+// allocation. For example
+//     vt 1001: setValue(250, true, true)
+//     vt 1001: saveValue8SetAttribute(41, 48, 9, 2, 2, false)                as the published call, numbers in decimal
+//     vt 1003: setValueCopy("Speed   ", true, false)                         bytes beyond 32 to 126 as \xNN
+//     vt 1000: changeActiveMask(1100, true, false)                           objects by their id, none as 65535
+void setVtCalls(bool on);
+bool hasVtCalls();
+
 // listen: told each entry before it is kept, in the middle of the call that makes it; an empty function ends it.
 void listen(std::function<void(const std::string& entry)> listener);
 

@@ -1,7 +1,8 @@
-// Messages of 9 to 1785 bytes (ISO 11783-3): BAM to all, RTS/CTS to one destination. Sending and receiving, several
-// sessions at once, for all addresses of one node on one bus.
+// Messages of more than 8 bytes (ISO 11783-3): BAM to all, RTS/CTS to one destination, the extended protocol (ETP) for
+// more than 1785 bytes to one destination. Sending and receiving, several sessions at once, for all addresses of one
+// node on one bus.
 //
-//   Order of use: handleFrame for every frame of PGN EC00 and EB00; work() whenever nextDueMs() has come.
+//   Order of use: handleFrame for every frame of PGN EC00, EB00, C800 and C700; work() whenever nextDueMs() has come.
 //   Threads: one thread. deliver and done may call anything here; sendFrame and isOwnAddress call nothing back.
 #pragma once
 
@@ -33,8 +34,21 @@ enum class AbortReason_e : uint8_t {
   unexpectedData = 6,
   wrongSequence = 7,
   duplicateSequence = 8,
-  tooLong = 9,
+  tooLong = 9,          // TP
+  unexpectedOffset = 9, // ETP, as are all below: DPO that no CTS has asked for
+  wrongOffsetPgn = 10,
+  offsetBeyondGrant = 11, // more packets than the CTS has asked for
+  wrongOffset = 12,
+  wrongGrantPgn = 14,
+  grantBeyondMessage = 15,
   other = 250,
+};
+
+// ReceiveLimits_s: what the other side may have us keep, in bytes. A message of the extended protocol beyond one of the
+// limits is refused with the reason "no resources".
+struct ReceiveLimits_s {
+  std::size_t longest = std::size_t{16} << 20U;  // one message
+  std::size_t together = std::size_t{64} << 20U; // the announced lengths of all that are being received
 };
 
 struct TransportProtocolStatistics_s {
@@ -47,13 +61,14 @@ struct TransportProtocolStatistics_s {
 
 class TransportProtocol_c {
 public:
-  static constexpr std::size_t maxBytes = 1785;
+  static constexpr std::size_t maxBytes = 1785; // to all, and without the extended protocol
+  static constexpr std::size_t maxExtendedBytes = 117440505;
   static constexpr uint64_t bamIntervalMs = 50;
 
   // Callbacks_s: all of them are set.
   struct Callbacks_s {
     std::function<bool(const CanFrame_s&)> sendFrame;  // false: the frame was not taken, and comes again
-    std::function<void(const IsoMessage_s&)> deliver;  // a message was received completely
+    std::function<void(IsoMessage_s)> deliver;         // a message was received completely
     std::function<bool(uint8_t address)> isOwnAddress; // whether this node answers for the address
   };
 
@@ -67,15 +82,19 @@ public:
   void setReceiving(bool on);
   void setSending(bool on);
 
-  // send: queues a message for work(); messages with the same source and destination go one after the other.
+  // setReceiveLimits: counts for messages announced from now on.
+  void setReceiveLimits(const ReceiveLimits_s& limits);
+
+  // send: queues a message for work(); messages with the same source and destination go one after the other, whichever
+  // protocol their lengths call for.
   //
-  //   Takes    message: 9 to maxBytes bytes; done: told once, when it went out (and, with RTS/CTS, was acknowledged) or
+  //   Takes    message: 9 to maxExtendedBytes bytes, to all at most maxBytes; done: told once, when it went out (and, with RTS/CTS, was acknowledged) or
   //            failed; may be empty
   //   Gives    false, and does not call done, when sending is off, the length, an address or the PGN is out of range
   //            or too much is queued (64 messages with the same source and destination, 1024 in all)
   bool send(IsoMessage_s message, Done done = {});
 
-  // handleFrame: takes a frame of PGN EC00 or EB00; whatever else is ignored.
+  // handleFrame: takes a frame of the PGNs named above; whatever else is ignored.
   void handleFrame(const CanFrame_s& frame);
 
   // work: sends what is due and ends sessions whose time is over.
@@ -95,7 +114,7 @@ public:
 private:
   struct Parts_s;
   void dispatch(const IsoId_s& id, const CanFrame_s& frame);
-  bool dispatchControl(const IsoId_s& id, const CanFrame_s& frame);
+  bool dispatchToParts(const IsoId_s& id, const CanFrame_s& frame);
   void tellDone();
 
   Callbacks_s m_callbacks;

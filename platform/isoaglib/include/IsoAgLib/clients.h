@@ -1,4 +1,5 @@
-// The optional services of one ISOBUS instance: tractor information, task-controller client, VT client.
+// The optional services of one ISOBUS instance: tractor information and task-controller client. The VT client has
+// headers of its own.
 #pragma once
 
 #include "network.h"
@@ -82,17 +83,5 @@ public:
 };
 
 TcClient_c& getTcClientInstance(unsigned char instance);
-
-// VtClient_c: the virtual-terminal client.
-class VtClient_c : public InstanceService_c {
-public:
-  explicit VtClient_c(unsigned int instance) : InstanceService_c(instance) {}
-
-  // init: starts the client and asks getConnectAllowedVtServerType() which kind of VT server it may connect to.
-  void init();
-  void close();
-};
-
-VtClient_c& getVtClientInstance(unsigned char instance);
 
 } // namespace __IsoAgLib

@@ -11,3 +11,4 @@
 #include "name.h"
 #include "network.h"
 #include "system.h"
+#include "vtclient.h"

@@ -1,9 +1,6 @@
 #include "TransportProtocolFrames.h"
 
-#include "HostClock.h"
-
 #include <algorithm>
-#include <utility>
 
 namespace IsoBusHost {
 
@@ -11,12 +8,37 @@ namespace {
 
 constexpr uint8_t transportPriority = 7;
 constexpr uint8_t filler = 0xFF;
-constexpr std::size_t maxPosted = 256;
-constexpr uint64_t retryAfterMs = 1;
 constexpr uint32_t firstPdu2Format = 0xF0;
 
-uint8_t byteOf(std::size_t value, unsigned int index) {
-  return static_cast<uint8_t>((value >> (8U * index)) & 0xFFU);
+// The first byte of a frame of PGN EC00 and of PGN C800.
+constexpr uint8_t tpRequestToSend = 0x10;
+constexpr uint8_t tpClearToSend = 0x11;
+constexpr uint8_t tpEndOfMessage = 0x13;
+constexpr uint8_t tpBroadcastAnnounce = 0x20;
+constexpr uint8_t etpRequestToSend = 0x14;
+constexpr uint8_t etpClearToSend = 0x15;
+constexpr uint8_t etpDataOffset = 0x16;
+constexpr uint8_t etpEndOfMessage = 0x17;
+constexpr uint8_t connectionAbort = 0xFF;
+
+constexpr unsigned int tpSizeBytes = 2;
+constexpr unsigned int etpSizeBytes = 4;
+constexpr unsigned int tpNextBytes = 1;
+constexpr unsigned int etpNextBytes = 3;
+constexpr std::size_t pgnAt = 5;
+
+void put(CanFrame_s& frame, std::size_t at, unsigned int bytes, std::size_t value) {
+  for (unsigned int index = 0; index < bytes; ++index) {
+    frame.data.at(at + index) = static_cast<uint8_t>((value >> (8U * index)) & 0xFFU);
+  }
+}
+
+uint32_t get(const CanFrame_s& frame, std::size_t at, unsigned int bytes) {
+  uint32_t value = 0;
+  for (unsigned int index = 0; index < bytes; ++index) {
+    value |= uint32_t{frame.data.at(at + index)} << (8U * index);
+  }
+  return value;
 }
 
 CanFrame_s makeFrame(Link_s link, uint32_t pgn) {
@@ -27,19 +49,24 @@ CanFrame_s makeFrame(Link_s link, uint32_t pgn) {
   return frame;
 }
 
-CanFrame_s makeControl(Link_s link, uint8_t control, uint32_t pgn) {
-  CanFrame_s frame = makeFrame(link, Pgn::transportManagement);
+CanFrame_s makeControl(Protocol_e protocol, Link_s link, uint8_t control, uint32_t pgn) {
+  const bool isExtended = protocol == Protocol_e::etp;
+  CanFrame_s frame = makeFrame(link, isExtended ? Pgn::extendedTransportManagement : Pgn::transportManagement);
   frame.data[0] = control;
-  for (unsigned int index = 0; index < 3; ++index) {
-    frame.data[5 + index] = byteOf(pgn, index);
-  }
+  put(frame, pgnAt, 3, pgn);
   return frame;
 }
 
-void putSize(CanFrame_s& frame, std::size_t bytes) {
-  frame.data[1] = byteOf(bytes, 0);
-  frame.data[2] = byteOf(bytes, 1);
-  frame.data[3] = byteOf(tpPackets(bytes), 0);
+CanFrame_s makeSizeFrame(Link_s link, uint8_t tpControl, uint8_t etpControl, std::size_t bytes, uint32_t pgn) {
+  if (protocolFor(bytes) == Protocol_e::etp) {
+    CanFrame_s frame = makeControl(Protocol_e::etp, link, etpControl, pgn);
+    put(frame, 1, etpSizeBytes, bytes);
+    return frame;
+  }
+  CanFrame_s frame = makeControl(Protocol_e::tp, link, tpControl, pgn);
+  put(frame, 1, tpSizeBytes, bytes);
+  put(frame, 3, 1, tpPackets(bytes));
+  return frame;
 }
 
 } // namespace
@@ -48,111 +75,122 @@ unsigned int tpPackets(std::size_t bytes) {
   return static_cast<unsigned int>((bytes + tpPacketBytes - 1) / tpPacketBytes);
 }
 
+Protocol_e protocolFor(std::size_t bytes) {
+  return bytes > TransportProtocol_c::maxBytes ? Protocol_e::etp : Protocol_e::tp;
+}
+
 uint32_t normalPgn(uint32_t pgn) {
   return ((pgn >> 8U) & 0xFFU) < firstPdu2Format ? pgn & ~0xFFU : pgn;
 }
 
-// Byte 5 of RTS stays FF: the receiver may ask for any number of packets at once.
+// Byte 5 of the RTS of TP stays FF: the receiver may ask for any number of packets at once.
 CanFrame_s makeRequestToSend(Link_s link, const IsoMessage_s& message) {
-  CanFrame_s frame = makeControl(link, TpControl::requestToSend, message.pgn);
-  putSize(frame, message.data.size());
-  return frame;
+  return makeSizeFrame(link, tpRequestToSend, etpRequestToSend, message.data.size(), message.pgn);
 }
 
 CanFrame_s makeBroadcastAnnounce(Link_s link, const IsoMessage_s& message) {
-  CanFrame_s frame = makeControl(link, TpControl::broadcastAnnounce, message.pgn);
-  putSize(frame, message.data.size());
-  return frame;
+  return makeSizeFrame(link, tpBroadcastAnnounce, tpBroadcastAnnounce, message.data.size(), message.pgn);
 }
 
-CanFrame_s makeClearToSend(Link_s link, unsigned int count, unsigned int next, uint32_t pgn) {
-  CanFrame_s frame = makeControl(link, TpControl::clearToSend, pgn);
-  frame.data[1] = byteOf(count, 0);
-  frame.data[2] = byteOf(next, 0);
+CanFrame_s makeClearToSend(Protocol_e protocol, Link_s link, unsigned int count, unsigned int next, uint32_t pgn) {
+  const bool isExtended = protocol == Protocol_e::etp;
+  CanFrame_s frame = makeControl(protocol, link, isExtended ? etpClearToSend : tpClearToSend, pgn);
+  put(frame, 1, 1, count);
+  put(frame, 2, isExtended ? etpNextBytes : tpNextBytes, next);
   return frame;
 }
 
 CanFrame_s makeEndOfMessage(Link_s link, std::size_t bytes, uint32_t pgn) {
-  CanFrame_s frame = makeControl(link, TpControl::endOfMessage, pgn);
-  putSize(frame, bytes);
-  return frame;
+  return makeSizeFrame(link, tpEndOfMessage, etpEndOfMessage, bytes, pgn);
 }
 
-CanFrame_s makeAbort(Link_s link, AbortReason_e reason, uint32_t pgn) {
-  CanFrame_s frame = makeControl(link, TpControl::connectionAbort, pgn);
+CanFrame_s makeAbort(Protocol_e protocol, Link_s link, AbortReason_e reason, uint32_t pgn) {
+  CanFrame_s frame = makeControl(protocol, link, connectionAbort, pgn);
   frame.data[1] = static_cast<uint8_t>(reason);
   return frame;
 }
 
-CanFrame_s makeData(Link_s link, unsigned int packet, const std::vector<uint8_t>& data) {
-  CanFrame_s frame = makeFrame(link, Pgn::transportData);
-  frame.data[0] = byteOf(packet, 0);
+CanFrame_s makeDataOffset(Link_s link, unsigned int count, unsigned int offset, uint32_t pgn) {
+  CanFrame_s frame = makeControl(Protocol_e::etp, link, etpDataOffset, pgn);
+  put(frame, 1, 1, count);
+  put(frame, 2, etpNextBytes, offset);
+  return frame;
+}
+
+CanFrame_s makeData(Link_s link, unsigned int packet, unsigned int offset, const std::vector<uint8_t>& data) {
+  const bool isExtended = protocolFor(data.size()) == Protocol_e::etp;
+  CanFrame_s frame = makeFrame(link, isExtended ? Pgn::extendedTransportData : Pgn::transportData);
+  put(frame, 0, 1, packet - offset);
   const std::size_t begin = std::size_t{tpPacketBytes} * (packet - 1);
   const std::size_t bytes = std::min<std::size_t>(tpPacketBytes, data.size() - begin);
   std::copy_n(data.data() + begin, bytes, frame.data.data() + 1);
   return frame;
 }
 
-unsigned int controlSize(const CanFrame_s& frame) {
-  return frame.data[1] + 256U * frame.data[2];
+std::optional<Family_s> familyOf(uint32_t pgn) {
+  switch (pgn) {
+  case Pgn::transportManagement:
+    return Family_s{Protocol_e::tp, false};
+  case Pgn::transportData:
+    return Family_s{Protocol_e::tp, true};
+  case Pgn::extendedTransportManagement:
+    return Family_s{Protocol_e::etp, false};
+  case Pgn::extendedTransportData:
+    return Family_s{Protocol_e::etp, true};
+  default:
+    return std::nullopt;
+  }
 }
 
-unsigned int controlPackets(const CanFrame_s& frame) {
-  return frame.data[3];
+Control_e controlOf(Protocol_e protocol, const CanFrame_s& frame) {
+  const bool isExtended = protocol == Protocol_e::etp;
+  switch (frame.data[0]) {
+  case connectionAbort:
+    return Control_e::abort;
+  case tpRequestToSend:
+    return isExtended ? Control_e::unknown : Control_e::requestToSend;
+  case tpClearToSend:
+    return isExtended ? Control_e::unknown : Control_e::clearToSend;
+  case tpEndOfMessage:
+    return isExtended ? Control_e::unknown : Control_e::endOfMessage;
+  case tpBroadcastAnnounce:
+    return isExtended ? Control_e::unknown : Control_e::broadcastAnnounce;
+  case etpRequestToSend:
+    return isExtended ? Control_e::requestToSend : Control_e::unknown;
+  case etpClearToSend:
+    return isExtended ? Control_e::clearToSend : Control_e::unknown;
+  case etpDataOffset:
+    return isExtended ? Control_e::dataOffset : Control_e::unknown;
+  case etpEndOfMessage:
+    return isExtended ? Control_e::endOfMessage : Control_e::unknown;
+  default:
+    return Control_e::unknown;
+  }
+}
+
+std::size_t controlSize(Protocol_e protocol, const CanFrame_s& frame) {
+  return get(frame, 1, protocol == Protocol_e::etp ? etpSizeBytes : tpSizeBytes);
+}
+
+unsigned int controlCount(const CanFrame_s& frame) {
+  return frame.data[1];
+}
+
+unsigned int controlNext(Protocol_e protocol, const CanFrame_s& frame) {
+  return get(frame, 2, protocol == Protocol_e::etp ? etpNextBytes : tpNextBytes);
 }
 
 uint32_t controlPgn(const CanFrame_s& frame) {
-  return frame.data[5] + (uint32_t{frame.data[6]} << 8U) + (uint32_t{frame.data[7]} << 16U);
+  return get(frame, pgnAt, 3);
 }
 
-// More than 1785 bytes take more packets than the byte for their number can say.
-bool hasPossibleSize(const CanFrame_s& announce) {
-  const unsigned int size = controlSize(announce);
-  return size >= tpMinBytes && controlPackets(announce) == tpPackets(size);
-}
-
-TransportOutlet_c::TransportOutlet_c(std::function<bool(const CanFrame_s&)> sendFrame)
-    : m_sendFrame(std::move(sendFrame)) {}
-
-void TransportOutlet_c::beginRound() {
-  m_bBlocked = false;
-  m_retryMs = 0;
-}
-
-void TransportOutlet_c::post(const CanFrame_s& frame) {
-  if (m_posted.size() >= maxPosted) {
-    return;
+// In TP more than 1785 bytes take more packets than the byte for their number can say.
+bool hasPossibleSize(Protocol_e protocol, const CanFrame_s& frame) {
+  const std::size_t size = controlSize(protocol, frame);
+  if (protocol == Protocol_e::etp) {
+    return size > TransportProtocol_c::maxBytes && size <= TransportProtocol_c::maxExtendedBytes;
   }
-  if (m_posted.empty()) {
-    m_postedMs = HostClock::nowMs();
-  }
-  m_posted.push_back(frame);
-}
-
-void TransportOutlet_c::flush() {
-  while (!m_posted.empty() && tryToSend(m_posted.front())) {
-    m_posted.pop_front();
-  }
-}
-
-bool TransportOutlet_c::send(const CanFrame_s& frame) {
-  flush();
-  return tryToSend(frame);
-}
-
-bool TransportOutlet_c::tryToSend(const CanFrame_s& frame) {
-  if (!m_bBlocked && !m_sendFrame(frame)) {
-    m_bBlocked = true;
-    m_retryMs = HostClock::nowMs() + retryAfterMs;
-  }
-  return !m_bBlocked;
-}
-
-void TransportOutlet_c::dropFrom(uint8_t source) {
-  const auto isFromSource = [source](const CanFrame_s& frame) {
-    return decodeIdentifier(frame.identifier).source == source;
-  };
-  m_posted.erase(std::remove_if(m_posted.begin(), m_posted.end(), isFromSource), m_posted.end());
+  return size >= tpMinBytes && frame.data[3] == tpPackets(size);
 }
 
 } // namespace IsoBusHost

@@ -1,23 +1,17 @@
-// The frames of the transport protocol (ISO 11783-3) and the way they take to the bus.
+// The frames of the transport protocol and of the extended one (ISO 11783-3).
 #pragma once
 
 #include "TransportProtocol.h"
 
 #include <cstdint>
-#include <deque>
-#include <functional>
+#include <optional>
 #include <vector>
 
 namespace IsoBusHost {
 
-// The first byte of a frame of PGN EC00.
-namespace TpControl {
-constexpr uint8_t requestToSend = 0x10;
-constexpr uint8_t clearToSend = 0x11;
-constexpr uint8_t endOfMessage = 0x13;
-constexpr uint8_t broadcastAnnounce = 0x20;
-constexpr uint8_t connectionAbort = 0xFF;
-} // namespace TpControl
+// Protocol_e: tp carries messages to 1785 bytes, etp those that are longer. A message's length decides, so a session of
+// the one never is taken for a session of the other.
+enum class Protocol_e { tp, etp };
 
 // Time-outs, in milliseconds.
 namespace TpTime {
@@ -43,58 +37,43 @@ struct Link_s {
 
 unsigned int tpPackets(std::size_t bytes);
 
+// protocolFor: returns the protocol that carries a message of so many bytes.
+Protocol_e protocolFor(std::size_t bytes);
+
 // normalPgn: returns the PGN with the low byte 0 where that byte is no part of it (PDU1).
 uint32_t normalPgn(uint32_t pgn);
 
+// Packets are numbered through the whole message, 1 for the first one, in both protocols.
 CanFrame_s makeRequestToSend(Link_s link, const IsoMessage_s& message);
 CanFrame_s makeBroadcastAnnounce(Link_s link, const IsoMessage_s& message);
-CanFrame_s makeClearToSend(Link_s link, unsigned int count, unsigned int next, uint32_t pgn);
+CanFrame_s makeClearToSend(Protocol_e protocol, Link_s link, unsigned int count, unsigned int next, uint32_t pgn);
 CanFrame_s makeEndOfMessage(Link_s link, std::size_t bytes, uint32_t pgn);
-CanFrame_s makeAbort(Link_s link, AbortReason_e reason, uint32_t pgn);
+CanFrame_s makeAbort(Protocol_e protocol, Link_s link, AbortReason_e reason, uint32_t pgn);
 
-// makeData: returns the packet with the number given, 1 for the first one.
-CanFrame_s makeData(Link_s link, unsigned int packet, const std::vector<uint8_t>& data);
+// makeDataOffset: the DPO of the extended protocol; `offset` packets are before the `count` ones that follow.
+CanFrame_s makeDataOffset(Link_s link, unsigned int count, unsigned int offset, uint32_t pgn);
 
-// What a frame of PGN EC00 says; size and packets are those of RTS, BAM and EoMA.
-unsigned int controlSize(const CanFrame_s& frame);
-unsigned int controlPackets(const CanFrame_s& frame);
+// makeData: returns a packet; its frame says the number less the offset.
+CanFrame_s makeData(Link_s link, unsigned int packet, unsigned int offset, const std::vector<uint8_t>& data);
+
+// Family_s: which of the four PGNs a frame has.
+struct Family_s {
+  Protocol_e protocol;
+  bool isData;
+};
+std::optional<Family_s> familyOf(uint32_t pgn);
+
+enum class Control_e { requestToSend, broadcastAnnounce, clearToSend, dataOffset, endOfMessage, abort, unknown };
+Control_e controlOf(Protocol_e protocol, const CanFrame_s& frame);
+
+// What a frame of PGN EC00 or C800 says. Size: of RTS, BAM and EoMA. Count: of CTS and DPO. Next: of CTS; the offset of
+// a DPO lies at the same place.
+std::size_t controlSize(Protocol_e protocol, const CanFrame_s& frame);
+unsigned int controlCount(const CanFrame_s& frame);
+unsigned int controlNext(Protocol_e protocol, const CanFrame_s& frame);
 uint32_t controlPgn(const CanFrame_s& frame);
 
-// hasPossibleSize: whether a message of the announced size is a message of this protocol, in as many packets as named.
-bool hasPossibleSize(const CanFrame_s& announce);
-
-// TransportOutlet_c: hands frames to the bus in order. The first one that the bus does not take ends the round.
-class TransportOutlet_c {
-public:
-  explicit TransportOutlet_c(std::function<bool(const CanFrame_s&)> sendFrame);
-
-  // beginRound: the bus is asked again.
-  void beginRound();
-
-  // post: queues a frame that no session repeats: EoMA, abort. When too many wait it is dropped: the other side's
-  // time-out ends its session.
-  void post(const CanFrame_s& frame);
-  void flush();
-
-  // send: sends a frame behind all posted ones; false: it was not taken.
-  bool send(const CanFrame_s& frame);
-
-  // dropFrom: forgets the posted frames of an own address.
-  void dropFrom(uint8_t source);
-
-  uint64_t dueMs() const { return m_posted.empty() ? never : m_postedMs; }
-
-  // retryMs: returns the time before which it is of no use to ask the bus again.
-  uint64_t retryMs() const { return m_retryMs; }
-
-private:
-  bool tryToSend(const CanFrame_s& frame);
-
-  std::function<bool(const CanFrame_s&)> m_sendFrame;
-  std::deque<CanFrame_s> m_posted;
-  uint64_t m_postedMs = 0;
-  uint64_t m_retryMs = 0;
-  bool m_bBlocked = false;
-};
+// hasPossibleSize: whether RTS, BAM or EoMA names a size that this protocol can carry and, in TP, its packets.
+bool hasPossibleSize(Protocol_e protocol, const CanFrame_s& frame);
 
 } // namespace IsoBusHost

@@ -5,9 +5,6 @@ using namespace IsoBusHost;
 
 namespace __IsoAgLib {
 
-// Answered by libzemoUtils; a program without it (the tools) has no answer.
-int getConnectAllowedVtServerType() __attribute__((weak));
-
 bool BaseCommon_c::init() {
   switchService(m_name, instance(), true);
   return true;
@@ -24,17 +21,6 @@ void TcClient_c::init() {
 
 void TcClient_c::close() {
   switchService("TcClient_c", instance(), false);
-}
-
-void VtClient_c::init() {
-  switchService("VtClient_c", instance(), true);
-  if (getConnectAllowedVtServerType != nullptr) {
-    Journal::add("-> getConnectAllowedVtServerType() = " + std::to_string(getConnectAllowedVtServerType()));
-  }
-}
-
-void VtClient_c::close() {
-  switchService("VtClient_c", instance(), false);
 }
 
 TracGeneral_c& getTracGeneralInstance(unsigned char instance) {
@@ -75,10 +61,6 @@ TimePosGps_c& getTimePosGpsInstance(unsigned char instance) {
 
 TcClient_c& getTcClientInstance(unsigned char instance) {
   return instanceOf<TcClient_c>(instance);
-}
-
-VtClient_c& getVtClientInstance(unsigned char instance) {
-  return instanceOf<VtClient_c>(instance);
 }
 
 } // namespace __IsoAgLib

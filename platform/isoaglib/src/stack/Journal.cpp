@@ -16,7 +16,20 @@ std::function<void(const std::string&)>& listenerStorage() {
   return listener;
 }
 
+bool& vtCalls() {
+  static bool on = false;
+  return on;
+}
+
 } // namespace
+
+void setVtCalls(bool on) {
+  vtCalls() = on;
+}
+
+bool hasVtCalls() {
+  return vtCalls();
+}
 
 void add(std::string entry) {
   if (listenerStorage()) {
