@@ -401,7 +401,7 @@ TEST_F(TransportSending, TakesUpTo1024MessagesInAll) {
 TEST_F(TransportSending, RefusesWhatIsNoMessageOfThisProtocol) {
   EXPECT_FALSE(station.send(makeMessage(0x26, 0x81, 0)));
   EXPECT_FALSE(station.send(makeMessage(0x26, 0x81, 8)));
-  EXPECT_FALSE(station.send(makeMessage(0x26, 0x81, 1786)));
+  EXPECT_FALSE(station.send(makeMessage(0x26, 0xFF, 1786)));
   EXPECT_FALSE(station.send(makeMessage(0xFE, 0x81, 17)));
   EXPECT_FALSE(station.send(makeMessage(0xFF, 0x81, 17)));
   EXPECT_FALSE(station.send(makeMessage(0x26, 0xFE, 17)));

@@ -89,6 +89,9 @@ public:
   void setMultiReceive(bool on);
   void setMultiSend(bool on);
 
+  // setReceiveLimits: as those of TransportProtocol_c.
+  void setReceiveLimits(const ReceiveLimits_s& limits);
+
   // setWorkingSets: whether own functions send working-set master and member messages.
   void setWorkingSets(bool on);
 
@@ -101,7 +104,8 @@ public:
   // remove: takes it off the bus, without a word. The pointer is not valid afterwards.
   void remove(OwnFunction_c* function);
 
-  // send: sends a message of any length to 1785 bytes from a function that has claimed its address.
+  // send: sends a message of any length that the transport protocol can carry from a function that has claimed its
+  // address.
   //
   //   Takes    message: source is set here; up to 8 bytes go out as they are; done as TransportProtocol_c::send takes
   //   it,

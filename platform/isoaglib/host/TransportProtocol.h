@@ -88,7 +88,8 @@ public:
   // send: queues a message for work(); messages with the same source and destination go one after the other, whichever
   // protocol their lengths call for.
   //
-  //   Takes    message: 9 to maxExtendedBytes bytes, to all at most maxBytes; done: told once, when it went out (and, with RTS/CTS, was acknowledged) or
+  //   Takes    message: 9 to maxExtendedBytes bytes, to all at most maxBytes; done: told once, when it went out (and,
+  //   with RTS/CTS, was acknowledged) or
   //            failed; may be empty
   //   Gives    false, and does not call done, when sending is off, the length, an address or the PGN is out of range
   //            or too much is queued (64 messages with the same source and destination, 1024 in all)

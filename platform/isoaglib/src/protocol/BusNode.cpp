@@ -35,7 +35,8 @@ std::array<uint8_t, requestBytes> pgnBytes(uint32_t pgn) {
 }
 
 bool isTransport(uint32_t pgn) {
-  return pgn == Pgn::transportManagement || pgn == Pgn::transportData;
+  return pgn == Pgn::transportManagement || pgn == Pgn::transportData || pgn == Pgn::extendedTransportManagement ||
+         pgn == Pgn::extendedTransportData;
 }
 
 // The members that are announced: as many as are known by NAME.
@@ -61,7 +62,9 @@ BusNode_c::BusNode_c(CanPort_c& port)
                         m_statistics)),
       m_transportProtocol(TransportProtocol_c::Callbacks_s{
           [this](const CanFrame_s& frame) { return m_port.send(frame); },
-          [this](const IsoMessage_s& message) { m_deferred.push_back([this, message] { deliver(message); }); },
+          [this](IsoMessage_s message) {
+            m_deferred.push_back([this, kept = std::make_shared<IsoMessage_s>(std::move(message))] { deliver(*kept); });
+          },
           [this](uint8_t address) { return m_networkManagement->findClaimed(address) != nullptr; }}) {
   m_shortData.reserve(frameBytes);
 }
@@ -80,6 +83,10 @@ void BusNode_c::setRequests(bool on) {
 
 void BusNode_c::setMultiReceive(bool on) {
   m_transportProtocol.setReceiving(on);
+}
+
+void BusNode_c::setReceiveLimits(const ReceiveLimits_s& limits) {
+  m_transportProtocol.setReceiveLimits(limits);
 }
 
 void BusNode_c::setMultiSend(bool on) {

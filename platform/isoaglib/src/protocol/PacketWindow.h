@@ -31,7 +31,8 @@ public:
   // maxCount of them. maxCount is less than `width`.
   unsigned int endOfMissing(unsigned int maxCount) const;
 
-  // Times that the packets from begin to before end were asked for, none of them there: the highest, one more, one less.
+  // Times that the packets from begin to before end were asked for, none of them there: the highest, one more, one
+  // less.
   unsigned int timesAsked(unsigned int begin, unsigned int end) const;
   void ask(unsigned int begin, unsigned int end);
   void withdraw(unsigned int begin, unsigned int end);

@@ -40,9 +40,14 @@ void TransportProtocol_c::setSending(bool on) {
   }
 }
 
+void TransportProtocol_c::setReceiveLimits(const ReceiveLimits_s& limits) {
+  m_parts->receiver.setLimits(limits);
+}
+
 bool TransportProtocol_c::send(IsoMessage_s message, Done done) {
   const std::size_t bytes = message.data.size();
-  if (!m_parts->isSending || bytes < tpMinBytes || bytes > maxBytes || message.pgn > maxPgn ||
+  const std::size_t most = message.destination == globalAddress ? maxBytes : maxExtendedBytes;
+  if (!m_parts->isSending || bytes < tpMinBytes || bytes > most || message.pgn > maxPgn ||
       message.source > maxAddress || message.destination == nullAddress) {
     return false;
   }
@@ -55,9 +60,8 @@ void TransportProtocol_c::handleFrame(const CanFrame_s& frame) {
     return;
   }
   const IsoId_s id = decodeIdentifier(frame.identifier);
-  const bool isTransport = id.pgn == Pgn::transportManagement || id.pgn == Pgn::transportData;
   const bool isForUs = id.destination == globalAddress || m_callbacks.isOwnAddress(id.destination);
-  if (isTransport && isForUs) {
+  if (familyOf(id.pgn) && isForUs) {
     dispatch(id, frame);
   }
 }
@@ -68,41 +72,50 @@ void TransportProtocol_c::dispatch(const IsoId_s& id, const CanFrame_s& frame) {
     ++m_statistics.framesIgnored;
     return;
   }
-  const Link_s link{id.source, id.destination};
-  const bool isTaken = id.pgn == Pgn::transportData ? m_parts->isReceiving && m_parts->receiver.handleData(link, frame)
-                                                    : dispatchControl(id, frame);
-  if (!isTaken) {
+  if (!dispatchToParts(id, frame)) {
     ++m_statistics.framesIgnored;
     return;
   }
-  if (const std::optional<IsoMessage_s> message = m_parts->receiver.takeMessage()) {
-    m_callbacks.deliver(*message);
+  if (std::optional<IsoMessage_s> message = m_parts->receiver.takeMessage()) {
+    m_callbacks.deliver(std::move(*message));
   }
   tellDone();
 }
 
-bool TransportProtocol_c::dispatchControl(const IsoId_s& id, const CanFrame_s& frame) {
-  const Link_s link{id.source, id.destination};
-  TransportSender_c& sender = m_parts->sender;
-  TransportReceiver_c& receiver = m_parts->receiver;
-  switch (frame.data[0]) {
-  case TpControl::requestToSend:
-    return m_parts->isReceiving && receiver.handleRequestToSend(link, id.priority, frame);
-  case TpControl::broadcastAnnounce:
-    return m_parts->isReceiving && receiver.handleBroadcastAnnounce(link, id.priority, frame);
-  case TpControl::clearToSend:
-    return sender.handleClearToSend(link, frame);
-  case TpControl::endOfMessage:
-    return sender.handleEndOfMessage(link, frame);
-  case TpControl::connectionAbort: {
-    // The frame does not say which direction it means: with the same PGN both ways it ends both.
-    const bool isSenders = sender.handleAbort(link, frame);
-    const bool isReceivers = receiver.handleAbort(link, frame);
-    return isSenders || isReceivers;
-  }
-  default:
+bool TransportProtocol_c::dispatchToParts(const IsoId_s& id, const CanFrame_s& frame) {
+  const std::optional<Family_s> family = familyOf(id.pgn);
+  if (!family) {
     return false;
   }
+  const Protocol_e protocol = family->protocol;
+  const Link_s link{id.source, id.destination};
+  const bool isReceiving = m_parts->isReceiving;
+  TransportSender_c& sender = m_parts->sender;
+  TransportReceiver_c& receiver = m_parts->receiver;
+  if (family->isData) {
+    return isReceiving && receiver.handleData(protocol, link, frame);
+  }
+  switch (controlOf(protocol, frame)) {
+  case Control_e::requestToSend:
+    return isReceiving && receiver.handleRequestToSend(protocol, link, id.priority, frame);
+  case Control_e::broadcastAnnounce:
+    return isReceiving && receiver.handleBroadcastAnnounce(link, id.priority, frame);
+  case Control_e::dataOffset:
+    return isReceiving && receiver.handleDataOffset(link, frame);
+  case Control_e::clearToSend:
+    return sender.handleClearToSend(protocol, link, frame);
+  case Control_e::endOfMessage:
+    return sender.handleEndOfMessage(protocol, link, frame);
+  case Control_e::abort: {
+    // The frame does not say which direction it means: with the same PGN both ways it ends both.
+    const bool isSenders = sender.handleAbort(protocol, link, frame);
+    const bool isReceivers = receiver.handleAbort(protocol, link, frame);
+    return isSenders || isReceivers;
+  }
+  case Control_e::unknown:
+    break;
+  }
+  return false;
 }
 
 void TransportProtocol_c::work() {

@@ -1,10 +1,10 @@
-// The receiving half of the transport protocol (ISO 11783-3).
+// The receiving half of the transport protocol and of the extended one (ISO 11783-3).
 #pragma once
 
+#include "PacketWindow.h"
 #include "TransportProtocolFrames.h"
+#include "TransportProtocolOutlet.h"
 
-#include <array>
-#include <bitset>
 #include <list>
 #include <optional>
 
@@ -14,12 +14,15 @@ class TransportReceiver_c {
 public:
   TransportReceiver_c(TransportOutlet_c& outlet, TransportProtocolStatistics_s& statistics);
 
+  void setLimits(const ReceiveLimits_s& limits) { m_limits = limits; }
+
   // Each takes a frame on the link from the other side to us, or to all, and gives false when it is malformed or
   // belongs to no session. The priority is the one of the frame.
-  bool handleRequestToSend(Link_s link, uint8_t priority, const CanFrame_s& frame);
+  bool handleRequestToSend(Protocol_e protocol, Link_s link, uint8_t priority, const CanFrame_s& frame);
   bool handleBroadcastAnnounce(Link_s link, uint8_t priority, const CanFrame_s& frame);
-  bool handleAbort(Link_s link, const CanFrame_s& frame);
-  bool handleData(Link_s link, const CanFrame_s& frame);
+  bool handleDataOffset(Link_s link, const CanFrame_s& frame);
+  bool handleAbort(Protocol_e protocol, Link_s link, const CanFrame_s& frame);
+  bool handleData(Protocol_e protocol, Link_s link, const CanFrame_s& frame);
 
   // takeMessage: takes out the message that the last data frame has completed.
   std::optional<IsoMessage_s> takeMessage();
@@ -50,27 +53,35 @@ private:
 
   // Directed_s: a message to us; each packet is asked for.
   struct Directed_s {
+    Directed_s(Protocol_e protocol, Link_s link, const CanFrame_s& requestToSend);
+
+    Protocol_e protocol;
     Link_s link;
-    uint32_t pgn = 0; // as the sender writes it, answers repeat it
+    uint32_t pgn; // as the sender writes it, answers repeat it
     uint8_t priority = 7;
-    unsigned int maxCount = 1; // packets that one CTS may ask for
-    std::vector<uint8_t> data;
-    std::bitset<256> received;
-    std::array<uint8_t, 256> timesAsked{};
-    unsigned int highestAsked = 0;
-    unsigned int lastAsked = 0; // last packet of the latest CTS
+    std::size_t size;          // as announced
+    unsigned int maxCount;     // packets that one CTS may ask for
+    std::vector<uint8_t> data; // as far as packets have come
+    PacketWindow_c window;
+    unsigned int firstAsked = 0; // packets of the latest CTS, less those that a DPO leaves out
+    unsigned int lastAsked = 0;
+    bool isOpen;                   // data may come: in ETP only after a DPO
+    unsigned int offset = 0;       // of the latest DPO
+    unsigned int lastSequence = 0; // of the latest data frame
     Stage_e stage = Stage_e::answerDue;
-    uint64_t dueMs = 0;
+    uint64_t dueMs;
 
-    unsigned int packets() const { return tpPackets(data.size()); }
-    unsigned int firstMissing() const;
-    bool hasGap() const { return received.count() >= firstMissing(); }
+    void store(unsigned int packet, const CanFrame_s& frame);
   };
+  using Directed = std::list<Directed_s>;
 
+  Directed::iterator find(Protocol_e protocol, Link_s link);
+  std::list<Broadcast_s>::iterator findBroadcast(Link_s link);
+  std::optional<AbortReason_e> reasonToRefuse(Protocol_e protocol, const CanFrame_s& requestToSend) const;
   bool handleBroadcastData(Link_s link, const CanFrame_s& frame);
-  bool handleDirectedData(Link_s link, const CanFrame_s& frame);
-  void refuse(Link_s link, AbortReason_e reason, uint32_t pgn);
-  void openDirected(Link_s link, uint8_t priority, const CanFrame_s& requestToSend);
+  bool isMisplaced(const Directed_s& session, unsigned int sequence) const;
+  void refuse(Protocol_e protocol, Link_s link, AbortReason_e reason, uint32_t pgn);
+  bool abort(Directed::iterator session, AbortReason_e reason);
   void complete(Link_s link, uint8_t priority, uint32_t pgn, std::vector<uint8_t> data);
 
   // step, answer, fail: give false when the session is over.
@@ -80,7 +91,8 @@ private:
 
   TransportOutlet_c& m_outlet;
   TransportProtocolStatistics_s& m_statistics;
-  std::list<Directed_s> m_directed;
+  ReceiveLimits_s m_limits;
+  Directed m_directed;
   std::list<Broadcast_s> m_broadcasts;
   std::optional<IsoMessage_s> m_complete;
 };

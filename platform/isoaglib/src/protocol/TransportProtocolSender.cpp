@@ -42,27 +42,39 @@ TransportSender_c::Session_s& TransportSender_c::sessionFor(Link_s link) {
   return session;
 }
 
-// findOpen: returns the session whose announced message the frame is about.
-TransportSender_c::Session_s* TransportSender_c::findOpen(Link_s link, const CanFrame_s& frame) {
+// findOpen: returns the session with a message that is announced to the sender of the frame.
+TransportSender_c::Session_s* TransportSender_c::findOpen(Protocol_e protocol, Link_s link) {
   const Link_s ours = link.reversed();
   for (Session_s& session : m_sessions) {
     if (session.link == ours) {
-      const bool isMeant = session.phase != Phase_e::announce && controlPgn(frame) == session.message().pgn;
-      return isMeant ? &session : nullptr;
+      const bool isOpen = session.phase != Phase_e::announce && session.protocol() == protocol;
+      return isOpen ? &session : nullptr;
     }
   }
   return nullptr;
 }
 
-bool TransportSender_c::handleClearToSend(Link_s link, const CanFrame_s& frame) {
-  Session_s* session = findOpen(link, frame);
-  if (session == nullptr) {
+// findMeant: returns it when the frame is about this very message.
+TransportSender_c::Session_s* TransportSender_c::findMeant(Protocol_e protocol, Link_s link, const CanFrame_s& frame) {
+  Session_s* session = findOpen(protocol, link);
+  return session != nullptr && controlPgn(frame) == session->message().pgn ? session : nullptr;
+}
+
+bool TransportSender_c::handleClearToSend(Protocol_e protocol, Link_s link, const CanFrame_s& frame) {
+  Session_s* session = findOpen(protocol, link);
+  const bool isPgnWrong = session != nullptr && controlPgn(frame) != session->message().pgn;
+  if (session == nullptr || (isPgnWrong && protocol == Protocol_e::tp)) {
     return false;
+  }
+  if (isPgnWrong) {
+    abort(*session, AbortReason_e::wrongGrantPgn);
+    removeEmpty();
+    return true;
   }
   // A CTS of which no packet has gone out yet may still be replaced.
   if (session->isUnderWay()) {
     abort(*session, AbortReason_e::ctsWhileSending);
-  } else if (frame.data[1] == 0) {
+  } else if (controlCount(frame) == 0) {
     session->phase = Phase_e::held;
     session->dueMs = HostClock::nowMs() + TpTime::t4;
   } else {
@@ -74,12 +86,16 @@ bool TransportSender_c::handleClearToSend(Link_s link, const CanFrame_s& frame) 
 
 // grant: a CTS may repeat or go on, but not skip. More packets than are left means all that are left.
 void TransportSender_c::grant(Session_s& session, const CanFrame_s& clearToSend) {
-  const unsigned int first = clearToSend.data[2];
+  const unsigned int first = controlNext(session.protocol(), clearToSend);
+  if (session.protocol() == Protocol_e::etp && first > session.packets()) {
+    abort(session, AbortReason_e::grantBeyondMessage);
+    return;
+  }
   if (first == 0 || first > session.packets() || first > session.highestSent + 1) {
     abort(session, AbortReason_e::other);
     return;
   }
-  const unsigned int last = std::min(first + clearToSend.data[1] - 1, session.packets());
+  const unsigned int last = std::min(first + controlCount(clearToSend) - 1, session.packets());
   if (isRepeatLimitReached(session, first, last)) {
     abort(session, AbortReason_e::repeatLimit);
     return;
@@ -89,17 +105,19 @@ void TransportSender_c::grant(Session_s& session, const CanFrame_s& clearToSend)
   session.first = first;
   session.next = first;
   session.last = last;
+  session.isOffsetDue = session.protocol() == Protocol_e::etp;
 }
 
 bool TransportSender_c::isRepeatLimitReached(const Session_s& session, unsigned int first, unsigned int last) const {
   const auto begin = session.timesSent.begin();
-  return std::any_of(begin + first, begin + last + 1, [](uint8_t times) { return times > tpMaxRepeats; });
+  return std::any_of(begin + static_cast<std::ptrdiff_t>(first), begin + static_cast<std::ptrdiff_t>(last) + 1,
+                     [](uint8_t times) { return times > tpMaxRepeats; });
 }
 
-bool TransportSender_c::handleEndOfMessage(Link_s link, const CanFrame_s& frame) {
-  Session_s* session = findOpen(link, frame);
-  if (session == nullptr || session->highestSent != session->packets() ||
-      controlSize(frame) != session->message().data.size() || controlPackets(frame) != session->packets()) {
+bool TransportSender_c::handleEndOfMessage(Protocol_e protocol, Link_s link, const CanFrame_s& frame) {
+  Session_s* session = findMeant(protocol, link, frame);
+  if (session == nullptr || session->highestSent != session->packets() || !hasPossibleSize(protocol, frame) ||
+      controlSize(protocol, frame) != session->message().data.size()) {
     return false;
   }
   finish(*session, true);
@@ -107,8 +125,8 @@ bool TransportSender_c::handleEndOfMessage(Link_s link, const CanFrame_s& frame)
   return true;
 }
 
-bool TransportSender_c::handleAbort(Link_s link, const CanFrame_s& frame) {
-  Session_s* session = findOpen(link, frame);
+bool TransportSender_c::handleAbort(Protocol_e protocol, Link_s link, const CanFrame_s& frame) {
+  Session_s* session = findMeant(protocol, link, frame);
   if (session == nullptr) {
     return false;
   }
@@ -152,7 +170,8 @@ void TransportSender_c::announce(Session_s& session, uint64_t nowMs) {
   }
   session.next = 1;
   session.highestSent = 0;
-  session.timesSent.fill(0);
+  session.first = 1;
+  session.timesSent.assign(session.packets() + std::size_t{1}, 0);
   session.phase = isBroadcast ? Phase_e::broadcasting : Phase_e::waiting;
   session.dueMs = nowMs + (isBroadcast ? TransportProtocol_c::bamIntervalMs : TpTime::t3);
 }
@@ -169,6 +188,13 @@ void TransportSender_c::sendBroadcastPacket(Session_s& session, uint64_t nowMs) 
 }
 
 void TransportSender_c::sendGranted(Session_s& session, uint64_t nowMs) {
+  if (session.isOffsetDue) {
+    const unsigned int count = session.last - session.first + 1;
+    if (!m_outlet.send(makeDataOffset(session.link, count, session.offset(), session.message().pgn))) {
+      return;
+    }
+    session.isOffsetDue = false;
+  }
   while (session.next <= session.last) {
     if (!sendPacket(session)) {
       return;
@@ -179,7 +205,7 @@ void TransportSender_c::sendGranted(Session_s& session, uint64_t nowMs) {
 }
 
 bool TransportSender_c::sendPacket(Session_s& session) {
-  if (!m_outlet.send(makeData(session.link, session.next, session.message().data))) {
+  if (!m_outlet.send(makeData(session.link, session.next, session.offset(), session.message().data))) {
     return false;
   }
   ++session.timesSent[session.next];
@@ -197,7 +223,7 @@ uint64_t TransportSender_c::dueMs() const {
 }
 
 void TransportSender_c::abort(Session_s& session, AbortReason_e reason) {
-  m_outlet.post(makeAbort(session.link, reason, session.message().pgn));
+  m_outlet.post(makeAbort(session.protocol(), session.link, reason, session.message().pgn));
   finish(session, false);
 }
 

@@ -1,11 +1,12 @@
-// The sending half of the transport protocol (ISO 11783-3).
+// The sending half of the transport protocol and of the extended one (ISO 11783-3).
 #pragma once
 
 #include "TransportProtocolFrames.h"
+#include "TransportProtocolOutlet.h"
 
-#include <array>
 #include <deque>
 #include <list>
+#include <vector>
 
 namespace IsoBusHost {
 
@@ -19,9 +20,9 @@ public:
   bool add(IsoMessage_s message, Done done);
 
   // Each takes a frame on the link from the other side to us and gives false when it belongs to no session.
-  bool handleClearToSend(Link_s link, const CanFrame_s& frame);
-  bool handleEndOfMessage(Link_s link, const CanFrame_s& frame);
-  bool handleAbort(Link_s link, const CanFrame_s& frame);
+  bool handleClearToSend(Protocol_e protocol, Link_s link, const CanFrame_s& frame);
+  bool handleEndOfMessage(Protocol_e protocol, Link_s link, const CanFrame_s& frame);
+  bool handleAbort(Protocol_e protocol, Link_s link, const CanFrame_s& frame);
 
   void work(uint64_t nowMs);
   uint64_t dueMs() const;
@@ -56,11 +57,14 @@ private:
     unsigned int first = 1; // packets of the CTS: first to last, next is the next one to go out
     unsigned int next = 1;
     unsigned int last = 0;
+    bool isOffsetDue = false; // ETP: the DPO of the CTS has still to go out
     unsigned int highestSent = 0;
-    std::array<uint8_t, 256> timesSent{};
+    std::vector<uint8_t> timesSent; // by packet number
 
     const IsoMessage_s& message() const { return queue.front().message; }
     unsigned int packets() const { return tpPackets(message().data.size()); }
+    Protocol_e protocol() const { return protocolFor(message().data.size()); }
+    unsigned int offset() const { return protocol() == Protocol_e::etp ? first - 1 : 0; }
     bool isBroadcast() const { return link.to == globalAddress; }
     bool isUnderWay() const { return phase == Phase_e::sending && next != first; }
   };
@@ -70,7 +74,8 @@ private:
     bool sent = false;
   };
 
-  Session_s* findOpen(Link_s link, const CanFrame_s& frame);
+  Session_s* findOpen(Protocol_e protocol, Link_s link);
+  Session_s* findMeant(Protocol_e protocol, Link_s link, const CanFrame_s& frame);
   Session_s& sessionFor(Link_s link);
   bool isRepeatLimitReached(const Session_s& session, unsigned int first, unsigned int last) const;
   void grant(Session_s& session, const CanFrame_s& clearToSend);
