@@ -120,6 +120,15 @@ public:
   bool send(const OwnFunction_c& from, uint32_t pgn, uint8_t priority, uint8_t destination, const uint8_t* data,
             std::size_t length);
 
+  // announce: sends the working-set messages of a master again, as when it claims its address: the master message at
+  // once, the members one after the other.
+  //
+  //   Gives    false when working sets are off, the function has no address or is no master
+  bool announce(const OwnFunction_c& from);
+
+  // isAnnouncing: whether members of its working set are still to be announced.
+  bool isAnnouncing(const OwnFunction_c& from) const;
+
   // request: asks a destination, or all with 255, for a PGN.
   bool request(const OwnFunction_c& from, uint32_t pgn, uint8_t destination);
 

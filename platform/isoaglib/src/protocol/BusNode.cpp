@@ -441,6 +441,15 @@ bool BusNode_c::announceWorkingSet(OwnFunction_c& function) {
   return true;
 }
 
+bool BusNode_c::announce(const OwnFunction_c& from) {
+  OwnFunction_c* function = m_networkManagement->findClaimed(from.m_address);
+  return function == &from && announceWorkingSet(*function);
+}
+
+bool BusNode_c::isAnnouncing(const OwnFunction_c& from) const {
+  return from.m_memberDueMs != never;
+}
+
 void BusNode_c::workOnWorkingSets() {
   for (const auto& function : m_networkManagement->owned()) {
     if (function->m_memberDueMs <= HostClock::nowMs()) {
