@@ -14,7 +14,7 @@ using namespace IsoBusHost;
 
 namespace {
 
-constexpr DeskProgram_s program = {"zemo-console-app", "a console application on an ISOBUS", true};
+const DeskProgram_s program = {"zemo-console-app", "a console application on an ISOBUS", true};
 
 volatile std::sig_atomic_t s_stopRequested = 0;
 

@@ -18,7 +18,7 @@ using namespace IsoBusHost;
 
 namespace {
 
-constexpr DeskProgram_s program = {"zemo-demo", "a console application and a service tool on one bus", true};
+const DeskProgram_s program = {"zemo-demo", "a console application and a service tool on one bus", true};
 constexpr int defaultSeconds = 20;
 
 int fail(const std::string& why) {

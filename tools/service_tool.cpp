@@ -17,7 +17,7 @@ using namespace IsoBusHost;
 
 namespace {
 
-constexpr DeskProgram_s program = {"zemo-service-tool", "finds every control function of a bus and asks it who it is",
+const DeskProgram_s program = {"zemo-service-tool", "finds every control function of a bus and asks it who it is",
                                    false};
 
 int fail(const std::string& why) {

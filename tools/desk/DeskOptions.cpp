@@ -14,7 +14,7 @@ namespace {
 constexpr int usageError = 2;
 constexpr int longestSeconds = 86400;
 
-enum OptionCode_e { can0 = 1, can1, kind, proprietary, values, capture, logFile, seconds, help };
+enum OptionCode_e { can0 = 1, can1, kind, proprietary, values, capture, logFile, seconds, help, firstOwn = 100 };
 
 void printHelp(const DeskProgram_s& program) {
   std::printf("%s: %s\n\nUsage: %s [options]\n\n", program.name, program.purpose, program.name);
@@ -26,6 +26,10 @@ void printHelp(const DeskProgram_s& program) {
         "  --kind N          application kind: 0 plain, 1 VT server, 2 and 3 VT client (default 2)\n"
         "  --proprietary     run bus 1 as a proprietary bus\n"
         "  --values FILE     console values, a JSON file (default: ZEMO_CONSOLE_VALUES, else built-in values)\n");
+  }
+  for (const DeskOption_s& own : program.own) {
+    const std::string form = std::string(own.name) + (own.argument == nullptr ? "" : std::string(" ") + own.argument);
+    std::printf("  --%-16s%s\n", form.c_str(), own.help);
   }
   std::printf("  --capture FILE    write the frames of the ISOBUS to a pcap file, for Wireshark\n"
               "  --log FILE        write all frames to a log file in candump's format\n"
@@ -58,7 +62,18 @@ std::optional<int> takeBus(const DeskProgram_s& program, const char* option, con
   return std::nullopt;
 }
 
+std::optional<int> takeOwn(const DeskProgram_s& program, const DeskOption_s& own) {
+  const std::string error = own.take(optarg);
+  if (!error.empty()) {
+    return refuse(program, std::string("--") + own.name + ": " + error);
+  }
+  return std::nullopt;
+}
+
 std::optional<int> takeOption(int code, const DeskProgram_s& program, DeskOptions_s& options) {
+  if (code >= firstOwn) {
+    return takeOwn(program, program.own[static_cast<std::size_t>(code - firstOwn)]);
+  }
   switch (code) {
   case can0:
     return takeBus(program, "--can0", optarg, options.can0);
@@ -96,17 +111,21 @@ std::optional<int> takeOption(int code, const DeskProgram_s& program, DeskOption
   }
 }
 
-std::vector<option> knownOptions(bool isApplication) {
+std::vector<option> knownOptions(const DeskProgram_s& program) {
   std::vector<option> known = {{"can0", required_argument, nullptr, can0},
                                {"capture", required_argument, nullptr, capture},
                                {"log", required_argument, nullptr, logFile},
                                {"seconds", required_argument, nullptr, seconds},
                                {"help", no_argument, nullptr, help}};
-  if (isApplication) {
+  if (program.isApplication) {
     known.push_back({"can1", required_argument, nullptr, can1});
     known.push_back({"kind", required_argument, nullptr, kind});
     known.push_back({"proprietary", no_argument, nullptr, proprietary});
     known.push_back({"values", required_argument, nullptr, values});
+  }
+  int code = firstOwn;
+  for (const DeskOption_s& own : program.own) {
+    known.push_back({own.name, own.argument == nullptr ? no_argument : required_argument, nullptr, code++});
   }
   known.push_back({nullptr, 0, nullptr, 0});
   return known;
@@ -115,7 +134,7 @@ std::vector<option> knownOptions(bool isApplication) {
 } // namespace
 
 std::optional<int> parseDeskOptions(int argc, char** argv, const DeskProgram_s& program, DeskOptions_s& options) {
-  const std::vector<option> known = knownOptions(program.isApplication);
+  const std::vector<option> known = knownOptions(program);
   for (int code = getopt_long(argc, argv, "", known.data(), nullptr); code != -1;
        code = getopt_long(argc, argv, "", known.data(), nullptr)) {
     if (const std::optional<int> exitStatus = takeOption(code, program, options)) {

@@ -1,8 +1,10 @@
 // The options that the programs for the desk have in common.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 struct DeskOptions_s {
   std::string can0; // transport of physical bus 0 and 1, empty: environment or the bus inside the process
@@ -15,11 +17,20 @@ struct DeskOptions_s {
   int seconds = 0; // 0: the program's own end
 };
 
+// DeskOption_s: an option that one program has for itself.
+struct DeskOption_s {
+  const char* name;                             // without the dashes
+  const char* argument;                         // its name in the help, null for an option without one
+  const char* help;                             // one line
+  std::function<std::string(const char*)> take; // told the argument; gives why it is wrong, empty when all is well
+};
+
 // DeskProgram_s: what a program says of itself in its help, and which options it takes.
 struct DeskProgram_s {
   const char* name;
   const char* purpose;
   bool isApplication; // takes --can1, --kind, --proprietary and --values as well
+  std::vector<DeskOption_s> own = {};
 };
 
 // parseDeskOptions: reads the command line.
