@@ -5,11 +5,14 @@
 #include "FileUtil.h"
 #include "IsoText.h"
 #include "RealTimeClockApi.h"
+#include "SelectSpecificVT_c.h"
 #include "SignalHandling.h"
 #include "SwIdentification.h"
 #include "SystemUtils.h"
 #include "Thread_c.h"
 #include "UtfConversion.h"
+#include "VtObjects.h"
+#include "VtText.h"
 #include "ZemoApp.h"
 #include "string_util.h"
 
@@ -27,6 +30,12 @@ using VersionFunctions_t = std::vector<const char* (*)()>;
 template <class Expected_t, class Actual_t>
 constexpr bool is(Actual_t) {
   return std::is_same<Expected_t, Actual_t>::value;
+}
+
+// isOverload<Expected>(&function): one of the functions of an overloaded name has exactly this type.
+template <class Expected_t>
+constexpr bool isOverload(Expected_t) {
+  return true;
 }
 
 // The application frame.
@@ -187,6 +196,104 @@ static_assert(is<int (*)(const unsigned char*, int, int)>(&byteOffsetToUTF8CharI
 static_assert(is<void (*)(std::string&)>(&trimToValidUtf8String), "trimToValidUtf8String");
 static_assert(is<std::string (*)(const std::string&)>(&ConvertUtf8String2BomString), "ConvertUtf8String2BomString");
 static_assert(is<std::string (*)(const std::string&)>(&ConvertBomString2Utf8String), "ConvertBomString2Utf8String");
+
+// Virtual Terminal objects. An overloaded name has each of these types.
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectLinearBarGraph_c&, unsigned short, bool)>(&SetVtObject),
+              "SetVtObject");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectMeter_c&, unsigned short, bool)>(&SetVtObject), "SetVtObject");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectOutputList_c&, unsigned char, bool)>(&SetVtObject), "SetVtObject");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectInputList_c&, unsigned char, bool)>(&SetVtObject), "SetVtObject");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectInputBoolean_c&, bool, bool)>(&SetVtObject), "SetVtObject");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectInputNumber_c&, unsigned int, bool)>(&SetVtObject), "SetVtObject");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectOutputNumber_c&, unsigned int, bool)>(&SetVtObject),
+              "SetVtObject");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectNumberVariable_c&, unsigned int, bool)>(&SetVtObject),
+              "SetVtObject");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectObjectPointer_c&, IsoAgLib::iVtObject_c*, bool)>(&SetVtObject),
+              "SetVtObject");
+static_assert(
+    isOverload<void (*)(IsoAgLib::iVtObjectPolygon_c&, IsoAgLib::iVtObjectFillAttributes_c*, bool)>(&SetVtObject),
+    "SetVtObject");
+static_assert(
+    isOverload<void (*)(IsoAgLib::iVtObjectRectangle_c&, IsoAgLib::iVtObjectFillAttributes_c*, bool)>(&SetVtObject),
+    "SetVtObject");
+static_assert(
+    isOverload<void (*)(IsoAgLib::iVtObjectMeter_c&, IsoAgLib::iVtObjectNumberVariable_c*, bool)>(&SetVtObject),
+    "SetVtObject");
+static_assert(
+    isOverload<void (*)(IsoAgLib::iVtObjectOutputNumber_c&, IsoAgLib::iVtObjectFontAttributes_c*, bool)>(&SetVtObject),
+    "SetVtObject");
+static_assert(
+    isOverload<void (*)(IsoAgLib::iVtObjectOutputNumber_c&, IsoAgLib::iVtObjectNumberVariable_c*, bool)>(&SetVtObject),
+    "SetVtObject");
+static_assert(
+    isOverload<void (*)(IsoAgLib::iVtObjectInputString_c&, IsoAgLib::iVtObjectStringVariable_c*, bool)>(&SetVtObject),
+    "SetVtObject");
+static_assert(
+    isOverload<void (*)(IsoAgLib::iVtObjectOutputString_c&, IsoAgLib::iVtObjectFontAttributes_c*, bool)>(&SetVtObject),
+    "SetVtObject");
+static_assert(
+    isOverload<void (*)(IsoAgLib::iVtObjectOutputString_c&, IsoAgLib::iVtObjectStringVariable_c*, bool)>(&SetVtObject),
+    "SetVtObject");
+static_assert(
+    isOverload<void (*)(IsoAgLib::iVtObjectDataMask_c&, IsoAgLib::iVtObjectSoftKeyMask_c*, bool)>(&SetVtObject),
+    "SetVtObject");
+static_assert(
+    isOverload<void (*)(IsoAgLib::iVtObjectWorkingSet_c&, IsoAgLib::iVtObjectDataMask_c*, bool)>(&SetVtObject),
+    "SetVtObject");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectOutputNumber_c&, unsigned char, bool)>(&SetVtDecimals),
+              "SetVtDecimals");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectInputNumber_c&, unsigned char, bool)>(&SetVtDecimals),
+              "SetVtDecimals");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectOutputNumber_c&, int, bool)>(&SetVtOffset), "SetVtOffset");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectInputNumber_c&, int, bool)>(&SetVtOffset), "SetVtOffset");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectOutputNumber_c&, float, bool)>(&SetVtScale), "SetVtScale");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectInputNumber_c&, float, bool)>(&SetVtScale), "SetVtScale");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectLinearBarGraph_c&, unsigned char, bool)>(&SetVtObjectColour),
+              "SetVtObjectColour");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectKey_c&, unsigned char, bool)>(&SetVtBackColor), "SetVtBackColor");
+static_assert(
+    isOverload<void (*)(IsoAgLib::iVtObjectInputList_c&, unsigned char, IsoAgLib::iVtObject_c*, bool)>(&SetVtListIndex),
+    "SetVtListIndex");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectInputList_c&, bool, bool)>(&SetVtObjectEnable),
+              "SetVtObjectEnable");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectInputNumber_c&, bool, bool)>(&SetVtEnableObject),
+              "SetVtEnableObject");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectInputNumber_c&, bool, bool)>(&SetVtDisableObject),
+              "SetVtDisableObject");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectInputBoolean_c&, bool, bool)>(&SetVtEnableObject),
+              "SetVtEnableObject");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectInputBoolean_c&, bool, bool)>(&SetVtDisableObject),
+              "SetVtDisableObject");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectContainer_c&, bool, bool)>(&ShowVtContainer), "ShowVtContainer");
+static_assert(isOverload<unsigned int (*)(IsoAgLib::iVtObjectNumberVariable_c&)>(&GetVtValue), "GetVtValue");
+static_assert(isOverload<unsigned int (*)(IsoAgLib::iVtObjectInputNumber_c&)>(&GetVtValue), "GetVtValue");
+static_assert(isOverload<const char* (*)(IsoAgLib::iVtObjectOutputString_c&)>(&GetVtValue), "GetVtValue");
+static_assert(isOverload<const char* (*)(IsoAgLib::iVtObjectInputString_c&)>(&GetVtValue), "GetVtValue");
+static_assert(isOverload<const char* (*)(IsoAgLib::iVtObjectStringVariable_c&)>(&GetVtValue), "GetVtValue");
+static_assert(is<unsigned char (*)()>(&getFontEncoding), "getFontEncoding");
+static_assert(is<void (*)(unsigned char)>(&setFontEncoding), "setFontEncoding");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectStringVariable_c&, const std::string&, bool)>(&SetVtObject),
+              "SetVtObject");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectStringVariable_c&, const std::string&, bool)>(&SetVtObjectUTF8),
+              "SetVtObjectUTF8");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectInputString_c&, const std::string&, bool)>(&SetVtObject),
+              "SetVtObject");
+static_assert(isOverload<void (*)(IsoAgLib::iVtObjectInputString_c&, const std::string&, bool)>(&SetVtObjectUTF8),
+              "SetVtObjectUTF8");
+static_assert(isOverload<bool (*)(IsoAgLib::iVtObjectOutputString_c&, const std::string&, bool, bool)>(&SetVtObject),
+              "SetVtObject");
+static_assert(
+    isOverload<bool (*)(IsoAgLib::iVtObjectOutputString_c&, const std::string&, bool, bool)>(&SetVtObjectUTF8),
+    "SetVtObjectUTF8");
+static_assert(is<void (*)(std::string&, unsigned short)>(&spacePadUTF16String), "spacePadUTF16String");
+
+// Selection of a Virtual Terminal.
+static_assert(is<bool (SelectSpecificVT_c::*)(const IsoAgLib::iIsoName_c&) const>(&SelectSpecificVT_c::selectVtServer),
+              "SelectSpecificVT_c::selectVtServer");
+static_assert(std::is_constructible<SelectSpecificVT_c, const IsoAgLib::iIsoName_c&, uint8_t>::value,
+              "SelectSpecificVT_c");
+static_assert(!std::is_polymorphic<SelectSpecificVT_c>::value, "SelectSpecificVT_c");
 
 // Threads.
 static_assert(is<void (Thread_c::*)(void* (*)(void*), void*)>(&Thread_c::start), "Thread_c::start");
