@@ -89,8 +89,7 @@ public:
   // protocol their lengths call for.
   //
   //   Takes    message: 9 to maxExtendedBytes bytes, to all at most maxBytes; done: told once, when it went out (and,
-  //   with RTS/CTS, was acknowledged) or
-  //            failed; may be empty
+  //            to one destination, was acknowledged) or failed; may be empty
   //   Gives    false, and does not call done, when sending is off, the length, an address or the PGN is out of range
   //            or too much is queued (64 messages with the same source and destination, 1024 in all)
   bool send(IsoMessage_s message, Done done = {});
