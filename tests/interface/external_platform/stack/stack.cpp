@@ -162,8 +162,8 @@ Service_c& getMultiSendInstance(unsigned int instance) {
   return instanceOf<Service_c>("send", instance);
 }
 
-Service_c& getVtClientInstance(int instance) {
-  return instanceOf<Service_c>("vt", instance);
+VtClient_c& getVtClientInstance(int instance) {
+  return instanceOf<VtClient_c>("vt", instance);
 }
 
 Service_c& getTcClientInstance(int instance) {

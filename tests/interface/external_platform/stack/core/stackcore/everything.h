@@ -2,6 +2,8 @@
 // item that keeps nothing.
 #pragma once
 
+#include "vtobjects.h"
+
 #include <cstdint>
 #include <string>
 
@@ -72,6 +74,16 @@ private:
   unsigned int m_instance;
 };
 
+struct VtClientConnection_c {
+  uint8_t getUserClippedColor(uint8_t colour, IsoAgLib::iVtObject_c* object, IsoAgLib::e_vtColour kind);
+};
+
+class VtClient_c : public Service_c {
+public:
+  using Service_c::Service_c;
+  VtClientConnection_c& getClientByID(int clientID);
+};
+
 class IsoMonitor_c : public Service_c {
 public:
   using Service_c::Service_c;
@@ -116,7 +128,7 @@ Service_c& getIsoFilterManagerInstance(unsigned int instance);
 Service_c& getProprietaryMessageHandlerInstance(unsigned char instance);
 Service_c& getMultiReceiveInstance(unsigned int instance);
 Service_c& getMultiSendInstance(unsigned int instance);
-Service_c& getVtClientInstance(int instance);
+VtClient_c& getVtClientInstance(int instance);
 Service_c& getTcClientInstance(int instance);
 Service_c& getTracGeneralInstance(int instance);
 Service_c& getTracFacilitiesInstance(int instance);
