@@ -21,9 +21,11 @@ void printHelp(const DeskProgram_s& program) {
   std::printf("  --can0 BUS        ISOBUS: local[:NAME], socketcan:IFACE or socketcand:HOST:PORT/BUS\n"
               "                    (default: the environment variable ZEMO_CAN0, else a bus inside the process)\n");
   if (program.isApplication) {
+    std::printf("  --can1 BUS        chassis or proprietary bus, likewise (ZEMO_CAN1)\n");
+    if (!program.isOfOneKind) {
+      std::printf("  --kind N          application kind: 0 plain, 1 VT server, 2 and 3 VT client (default 2)\n");
+    }
     std::printf(
-        "  --can1 BUS        chassis or proprietary bus, likewise (ZEMO_CAN1)\n"
-        "  --kind N          application kind: 0 plain, 1 VT server, 2 and 3 VT client (default 2)\n"
         "  --proprietary     run bus 1 as a proprietary bus\n"
         "  --values FILE     console values, a JSON file (default: ZEMO_CONSOLE_VALUES, else built-in values)\n");
   }
@@ -119,7 +121,9 @@ std::vector<option> knownOptions(const DeskProgram_s& program) {
                                {"help", no_argument, nullptr, help}};
   if (program.isApplication) {
     known.push_back({"can1", required_argument, nullptr, can1});
-    known.push_back({"kind", required_argument, nullptr, kind});
+    if (!program.isOfOneKind) {
+      known.push_back({"kind", required_argument, nullptr, kind});
+    }
     known.push_back({"proprietary", no_argument, nullptr, proprietary});
     known.push_back({"values", required_argument, nullptr, values});
   }

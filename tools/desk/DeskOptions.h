@@ -31,6 +31,7 @@ struct DeskProgram_s {
   const char* purpose;
   bool isApplication; // takes --can1, --kind, --proprietary and --values as well
   std::vector<DeskOption_s> own = {};
+  bool isOfOneKind = false; // an application that does not take --kind
 };
 
 // parseDeskOptions: reads the command line.
