@@ -55,6 +55,28 @@ void expectStop(std::size_t letters, std::size_t continuations, uint8_t byte) {
   }
 }
 
+// The borders of the surrogates, and each with one bit changed.
+std::vector<uint16_t> nearSurrogates() {
+  std::vector<uint16_t> units;
+  for (const unsigned int border : {0xD800U, 0xDBFFU, 0xDC00U, 0xDFFFU}) {
+    units.push_back(static_cast<uint16_t>(border));
+    for (unsigned int bit = 0; bit < 16; ++bit) {
+      units.push_back(static_cast<uint16_t>(border ^ 1U << bit));
+    }
+  }
+  return units;
+}
+
+// As the oracle has it, in both modes.
+void expectOutcome(UtfCase_c<uint16_t, uint8_t>& one, const std::vector<uint16_t>& text) {
+  for (const int flags : {strict, lenient}) {
+    one.prepare(text.data(), text.size(), 3 * text.size(), flags);
+    for (const Way_s& way : ways()) {
+      ASSERT_TRUE(one.isRightBy(way)) << one.told(way);
+    }
+  }
+}
+
 } // namespace
 
 TEST(UtfRepeated, ConvertsARowOfEachCharacterUpTo0FFF) {
@@ -72,6 +94,28 @@ TEST(UtfRepeated, ConvertsARowOfEachCharacterWithOneBitMoreOrLess) {
         expectRow(value);
         ASSERT_FALSE(HasFatalFailure());
       }
+    }
+  }
+}
+
+TEST(UtfRepeated, TakesNoRowOfUnitsForPairsThatAreNone) {
+  constexpr std::size_t pairs = 6;
+  const std::vector<uint16_t> units = nearSurrogates();
+  UtfCase_c<uint16_t, uint8_t> one;
+  for (const uint16_t first : units) {
+    for (const uint16_t second : units) {
+      std::vector<uint16_t> row;
+      std::vector<uint16_t> onlyOne;
+      for (std::size_t pair = 0; pair < pairs; ++pair) {
+        row.insert(row.end(), {first, second});
+        onlyOne.insert(onlyOne.end(), {0xD83D, 0xDE00});
+      }
+      expectOutcome(one, row);
+      const std::size_t place = (first + second) % pairs * 2;
+      onlyOne[place] = first;
+      onlyOne[place + 1] = second;
+      expectOutcome(one, onlyOne);
+      ASSERT_FALSE(HasFatalFailure());
     }
   }
 }
