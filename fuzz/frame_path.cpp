@@ -1,7 +1,7 @@
 // Feeds a node with two own functions whatever frames, pauses, messages to send and busy buses the input says.
 //
-// The input is a row of steps: a byte for the kind (modulo 8), then what the kind needs; where the input ends early the
-// rest is 0.
+// The input is a row of steps: a byte for the kind (modulo 10), then what the kind needs; where the input ends early
+// the rest is 0.
 //
 //   0  any frame: identifier (4 bytes, lowest first), length, data
 //   1  transport management: source, destination, 8 bytes
@@ -11,6 +11,8 @@
 //   5  pause: milliseconds (2 bytes, lowest first)
 //   6  message of an own function: function, destination, length (2 bytes, lowest first)
 //   7  the bus takes so many frames from now on; 255: all
+//   8  extended transport management: source, destination, 8 bytes
+//   9  extended transport data: source, destination, 8 bytes
 //
 // A destination of 0 or 1 stands for the address of the first or the second own function, wherever it is.
 #include "BusNode.h"
@@ -122,7 +124,7 @@ public:
   }
 
   void step(Input_c& input) {
-    switch (input.byte() % 8U) {
+    switch (input.byte() % 10U) {
     case 0:
       anyFrame(input);
       break;
@@ -144,8 +146,14 @@ public:
     case 6:
       sendMessage(input);
       break;
-    default:
+    case 7:
       m_bus->takeOnly(input.byte());
+      break;
+    case 8:
+      frameOf(Pgn::extendedTransportManagement, input, bytesOfFrame);
+      break;
+    default:
+      frameOf(Pgn::extendedTransportData, input, bytesOfFrame);
       break;
     }
   }
@@ -177,7 +185,7 @@ private:
   }
 
   void check(const IsoMessage_s& message) const {
-    require(message.data.size() <= TransportProtocol_c::maxBytes);
+    require(message.data.size() <= ReceiveLimits_s{}.longest);
     require(message.source != globalAddress && message.pgn < (1U << 18U));
     bool isForUs = message.destination == globalAddress;
     for (const OwnFunction_c* function : m_functions) {
@@ -233,7 +241,7 @@ private:
     IsoMessage_s message;
     message.pgn = 0xEF00;
     message.destination = input.byte();
-    message.data.assign(input.number(2) % 2000U, 0x55);
+    message.data.assign(input.number(2) % 4000U, 0x55);
     if (m_accepted >= maxMessages) {
       return;
     }

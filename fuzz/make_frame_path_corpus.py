@@ -19,6 +19,19 @@ def data(source, destination, text):
     return bytes([2, source, destination]) + words(text)
 
 
+def extended_management(source, destination, text):
+    return bytes([8, source, destination]) + words(text)
+
+
+def extended_data(source, destination, sequence):
+    return bytes([9, source, destination, sequence]) + bytes(range(1, 8))
+
+
+def extended_block(source, destination, count, offset):
+    return extended_management(source, destination, f"16 {count:02X} {offset & 255:02X} {offset >> 8:02X} 00 00 E7 00") \
+        + b"".join(extended_data(source, destination, sequence + 1) for sequence in range(count)) + pause(1)
+
+
 def claim(source, name):
     return bytes([3, source]) + name.to_bytes(8, "little")
 
@@ -66,6 +79,27 @@ SEEDS = {
     + management(PEER, SECOND, "FF 01 FF FF FF 00 EF 00") + pause(1250),
     "send_broadcast_on_a_busy_bus": takes(0) + message(0, ALL, 20) + message(1, ALL, 8) + pause(100) + takes(2)
     + pause(60) + takes(255) + pause(60),
+    "extended_receive": extended_management(PEER, FIRST, "14 FA 06 00 00 00 E7 00") + pause(1)
+    + b"".join(extended_block(PEER, FIRST, 16, offset) for offset in range(0, 256, 16)),
+    "extended_receive_with_gap": extended_management(PEER, FIRST, "14 FA 06 00 00 00 E7 00") + pause(1)
+    + extended_management(PEER, FIRST, "16 04 00 00 00 00 E7 00") + extended_data(PEER, FIRST, 2)
+    + extended_data(PEER, FIRST, 4) + pause(1) + extended_block(PEER, FIRST, 1, 0) + extended_block(PEER, FIRST, 1, 2)
+    + extended_block(PEER, FIRST, 16, 4) + pause(1250),
+    "extended_receive_hostile": extended_management(PEER, FIRST, "14 FF FF FF 06 00 E7 00")
+    + extended_management(PEER, FIRST, "14 00 00 00 01 00 E7 00") + pause(1) + extended_block(PEER, FIRST, 17, 0)
+    + extended_management(PEER, SECOND, "14 00 00 00 01 00 E7 00") + pause(1) + extended_block(PEER, SECOND, 2, 65535)
+    + extended_management(PEER, SECOND, "14 00 00 00 01 00 E7 00") + pause(1) + extended_data(PEER, SECOND, 1),
+    "extended_send": message(0, PEER, 1786) + message(0, PEER, 17) + pause(1)
+    + extended_management(PEER, FIRST, "15 FF 01 00 00 00 EF 00") + pause(1)
+    + extended_management(PEER, FIRST, "15 00 FF FF FF 00 EF 00") + pause(1000)
+    + extended_management(PEER, FIRST, "15 02 FF 00 00 00 EF 00") + pause(1)
+    + extended_management(PEER, FIRST, "17 FA 06 00 00 00 EF 00") + pause(1)
+    + management(PEER, FIRST, "11 03 01 FF FF 00 EF 00") + pause(1),
+    "extended_send_and_aborts": message(1, PEER, 3000) + message(1, PEER, 3000) + message(1, PEER, 2000) + pause(1)
+    + extended_management(PEER, SECOND, "15 10 01 00 00 00 EF 00") + takes(3) + pause(1)
+    + extended_management(PEER, SECOND, "15 10 01 00 00 00 EF 00") + takes(255) + pause(1)
+    + extended_management(PEER, SECOND, "15 01 FF FF FF 00 EF 00") + pause(1)
+    + extended_management(PEER, SECOND, "15 01 01 00 00 00 E6 00") + pause(1),
     "requests": request(PEER, FIRST, 0xFEDA) + pause(1) + management(PEER, FIRST, "11 06 01 FF FF DA FE 00") + pause(1)
     + management(PEER, FIRST, "13 28 00 06 FF DA FE 00") + request(PEER, ALL, 0xFEDA) + pause(500)
     + request(PEER, SECOND, 0xFDC5) + request(254, ALL, 0xEE00) + pause(10),
