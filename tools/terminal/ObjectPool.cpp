@@ -228,7 +228,11 @@ ObjectPool_c::Error ObjectPool_c::check() const {
   return checkLoops();
 }
 
+// checkObject: what is kept only is not looked into.
 ObjectPool_c::Error ObjectPool_c::checkObject(const TerminalObject_s& object) const {
+  if (!isSupported(object.type(), m_version)) {
+    return std::nullopt;
+  }
   if (Error error = checkReferences(object)) {
     return error;
   }
