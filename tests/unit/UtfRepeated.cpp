@@ -145,3 +145,32 @@ TEST(UtfRepeated, ARowOfContinuationsLongerThanAnyPieceIsNoLegalText) {
     }
   }
 }
+
+TEST(UtfRepeated, OneWrongByteAnywhereInARowOfLettersIsFound) {
+  for (const std::size_t size : {64U, 65U, 80U, 128U, 200U}) {
+    for (std::size_t place = 0; place < size; ++place) {
+      for (const uint8_t byte : {uint8_t{0x80}, uint8_t{0xC3}, uint8_t{0xFF}}) {
+        std::vector<uint8_t> text(size + 1, 'a');
+        text[place] = byte;
+        text[size] = 0;
+        for (const Checks_s& set : checks()) {
+          ASSERT_FALSE(set.isLegal(text.data(), static_cast<int>(size)))
+              << set.name << ": " << hexadecimal(text.data(), size);
+        }
+      }
+    }
+  }
+}
+
+TEST(UtfRepeated, OneUnitBeyondASCIIAnywhereInARowOfLettersIsConverted) {
+  constexpr std::size_t size = 80;
+  UtfCase_c<uint16_t, uint8_t> one;
+  for (std::size_t place = 0; place < size; ++place) {
+    for (unsigned int bit = 0; bit < 16; ++bit) {
+      std::vector<uint16_t> text(size, 'a');
+      text[place] = static_cast<uint16_t>(1U << bit);
+      expectOutcome(one, text);
+      ASSERT_FALSE(HasFatalFailure());
+    }
+  }
+}
