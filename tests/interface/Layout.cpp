@@ -1,5 +1,6 @@
 #include "Application.h"
 #include "HostFixture.h"
+#include "SelectSpecificVT_c.h"
 
 #include <algorithm>
 #include <array>
@@ -219,4 +220,14 @@ TEST_F(ComponentVersionsMemory, HasTheFlagThenTheFiveTextsInOrder) {
   EXPECT_EQ("OS-3.1", field<std::string>(&versions, ComponentVersionsLayout::osVersion));
   EXPECT_EQ("ZC123456", field<std::string>(&versions, ComponentVersionsLayout::serialNumber));
   EXPECT_EQ("4711.5", field<std::string>(&versions, ComponentVersionsLayout::partNumber));
+}
+
+TEST(SelectSpecificVTMemory, HasTheNameThenTheMaskAndNoVirtualTable) {
+  static_assert(!std::is_polymorphic<SelectSpecificVT_c>::value, "no virtual operation");
+  static_assert(sizeof(SelectSpecificVT_c) == sizeof(IsoAgLib::iIsoName_c) + 1, "nothing else");
+  const std::array<uint8_t, 8> bytes = {0x40, 0xE2, 0xA1, 0x5B, 0x00, 0x1D, 0x32, 0xA0};
+  const IsoAgLib::iIsoName_c name(bytes.data());
+  SelectSpecificVT_c selection(name, 0x2C);
+  EXPECT_EQ(0U, placeOf(selection, bytesOf(name)));
+  EXPECT_EQ(0x2C, field<uint8_t>(&selection, sizeof name));
 }
