@@ -32,7 +32,8 @@ constexpr const char* helpText =
     "  never [CODE]            ... does not come\n"
     "  refuse [OBJECT]         the next end of a pool is refused\n"
     "  faults off              no faults any more\n"
-    "  vanish                  leave the bus; return: come back\n"
+    "  vanish                  leave the bus\n"
+    "  return                  come back\n"
     "  help                    this text\n"
     "  quit                    end\n";
 
