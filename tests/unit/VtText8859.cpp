@@ -201,7 +201,9 @@ TEST(VtText8859, EndsAtTheLengthThatIsTold) {
 }
 
 TEST(VtText8859, EndsAtANul) {
-  EXPECT_EQ("ab", convert(std::string("ab\0cd", 5)));
+  std::string target = "######";
+  __IsoAgLib::convertStringUnicodeTo8859("ab\0cd", 5, &target[0], 0);
+  EXPECT_EQ(std::string("ab\0###", 6), target);
 }
 
 TEST(VtText8859, FillsNoMoreThanTheLengthAndANulWhateverTheText) {
