@@ -76,7 +76,7 @@ class Install(building.TemporaryFolderTest):
     def test_installed_programs_run_from_where_they_are(self):
         programs = sorted(os.listdir(self.installed("bin")))
         self.assertEqual(programs, ["zemo-bus-server", "zemo-console-app", "zemo-demo", "zemo-folder-report",
-                                    "zemo-service-tool"])
+                                    "zemo-service-tool", "zemo-survey-demo", "zemo-terminal"])
         for program in programs:
             self.assertIn(program, building.run(self.installed("bin", program), "--help"))
 

@@ -14,7 +14,7 @@ using TestSupport::TemporaryFolder_c;
 
 namespace {
 
-const std::string demo = ZEMO_BINARY_DIR "/examples/zemo-demo";
+const std::string surveyDemo = ZEMO_BINARY_DIR "/examples/zemo-survey-demo";
 const std::string consoleApp = ZEMO_BINARY_DIR "/examples/zemo-console-app";
 const std::string folderReport = ZEMO_BINARY_DIR "/examples/zemo-folder-report";
 const std::string serviceTool = ZEMO_BINARY_DIR "/tools/zemo-service-tool";
@@ -40,19 +40,22 @@ TEST_P(WrongUseOfAProgram, EndsWithOneLineThatSaysWhatAndWhere) {
 
 const std::vector<WrongUse_s> wrongUses = {
     {"noFolder", {folderReport}, 2, "usage: zemo-folder-report FOLDER LOGFILE\n"},
-    {"unknownOption", {demo, "--bus"}, 2, demo + ": unrecognized option '--bus'\n"},
-    {"missingArgument", {demo, "--can0"}, 2, demo + ": option '--can0' requires an argument\n"},
-    {"noOption", {demo, "can0"}, 2, "zemo-demo: 'can0' is no option; --help lists them\n"},
-    {"kindIsNoNumber", {demo, "--kind", "two"}, 2, "zemo-demo: --kind: 'two' is no whole number\n"},
-    {"kindIsTooLarge", {demo, "--kind", "2147483648"}, 2, "zemo-demo: --kind: '2147483648' is no whole number\n"},
-    {"secondsOutOfRange",
-     {demo, "--seconds", "0"},
+    {"unknownOption", {surveyDemo, "--bus"}, 2, surveyDemo + ": unrecognized option '--bus'\n"},
+    {"missingArgument", {surveyDemo, "--can0"}, 2, surveyDemo + ": option '--can0' requires an argument\n"},
+    {"noOption", {surveyDemo, "can0"}, 2, "zemo-survey-demo: 'can0' is no option; --help lists them\n"},
+    {"kindIsNoNumber", {surveyDemo, "--kind", "two"}, 2, "zemo-survey-demo: --kind: 'two' is no whole number\n"},
+    {"kindIsTooLarge",
+     {surveyDemo, "--kind", "2147483648"},
      2,
-     "zemo-demo: --seconds: '0' is no whole number from 1 to 86400\n"},
+     "zemo-survey-demo: --kind: '2147483648' is no whole number\n"},
+    {"secondsOutOfRange",
+     {surveyDemo, "--seconds", "0"},
+     2,
+     "zemo-survey-demo: --seconds: '0' is no whole number from 1 to 86400\n"},
     {"captureInNoFolder",
-     {demo, "--capture", "/nonexistent/demo.pcap"},
+     {surveyDemo, "--capture", "/nonexistent/demo.pcap"},
      1,
-     "zemo-demo: /nonexistent/demo.pcap: No such file or directory\n"},
+     "zemo-survey-demo: /nonexistent/demo.pcap: No such file or directory\n"},
     {"logIsAFolder", {consoleApp, "--log", "/tmp"}, 1, "zemo-console-app: /tmp: Is a directory\n"},
     {"toolTakesNoValues", {serviceTool, "--values", "x.json"}, 2, serviceTool + ": unrecognized option '--values'\n"},
 };
@@ -63,8 +66,8 @@ INSTANTIATE_TEST_SUITE_P(Programs, WrongUseOfAProgram, testing::ValuesIn(wrongUs
 // Nobody listens at this port of the loopback interface.
 const std::string deadBus = "socketcand:127.0.0.1:1/can0";
 
-TEST(DemoProgram, RunsItsMainJobOnTheBusInsideTheProcess) {
-  const Ending_s ending = runProgram({demo});
+TEST(SurveyDemoProgram, RunsItsMainJobOnTheBusInsideTheProcess) {
+  const Ending_s ending = runProgram({surveyDemo});
   EXPECT_EQ(ending.exitStatus, 0);
   EXPECT_EQ(ending.standardError, "");
   for (const char* line : {"addresses claimed         128, 129 after ", "control functions found   2\n",
@@ -74,24 +77,24 @@ TEST(DemoProgram, RunsItsMainJobOnTheBusInsideTheProcess) {
   }
 }
 
-TEST(DemoProgram, RunsAsEveryApplicationKindAndWithAProprietaryBus) {
+TEST(SurveyDemoProgram, RunsAsEveryApplicationKindAndWithAProprietaryBus) {
   for (const char* kind : {"-1", "0", "1", "3", "4"}) {
-    const Ending_s ending = runProgram({demo, "--kind", kind, "--proprietary"});
+    const Ending_s ending = runProgram({surveyDemo, "--kind", kind, "--proprietary"});
     EXPECT_EQ(ending.exitStatus, 0) << kind << "\n" << ending.standardError;
   }
 }
 
-TEST(DemoProgram, SaysWhichBusDoesNotOpen) {
-  const Ending_s ending = runProgram({demo, "--can0", deadBus});
+TEST(SurveyDemoProgram, SaysWhichBusDoesNotOpen) {
+  const Ending_s ending = runProgram({surveyDemo, "--can0", deadBus});
   EXPECT_EQ(ending.exitStatus, 1);
   EXPECT_NE(ending.standardOutput.find("FAILED TO INITIALIZE CAN_BUS_INSTANCE_ISOBUS\n"), std::string::npos);
-  EXPECT_EQ(ending.standardError, "zemo-demo: can0: " + deadBus + ": Connection refused\n");
+  EXPECT_EQ(ending.standardError, "zemo-survey-demo: can0: " + deadBus + ": Connection refused\n");
 }
 
-TEST(DemoProgram, GoesOnWithDefaultsForWhatTheValuesFileDoesNotName) {
+TEST(SurveyDemoProgram, GoesOnWithDefaultsForWhatTheValuesFileDoesNotName) {
   const std::string file = testing::TempDir() + "/zemo-values-" + std::to_string(getpid()) + ".json";
   std::ofstream(file) << R"({"serialNumber": "SN7", "partNumber": "4711.6", "vin": ""})";
-  const Ending_s ending = runProgram({demo, "--values", file});
+  const Ending_s ending = runProgram({surveyDemo, "--values", file});
   std::remove(file.c_str());
   EXPECT_EQ(ending.exitStatus, 0);
   EXPECT_EQ(ending.standardError, file + ": the defaults serve for what it does not name: bootLoaderVersion, "
@@ -100,26 +103,27 @@ TEST(DemoProgram, GoesOnWithDefaultsForWhatTheValuesFileDoesNotName) {
   EXPECT_NE(ending.standardOutput.find(" OS:3.1 Boot:1.07 Part:4711.6 Serial:SN7\n"), std::string::npos);
 }
 
-TEST(DemoProgram, EndsWhereTheValuesFileCannotBeRead) {
-  const Ending_s ending = runProgram({demo, "--values", "/nonexistent/values.json"});
+TEST(SurveyDemoProgram, EndsWhereTheValuesFileCannotBeRead) {
+  const Ending_s ending = runProgram({surveyDemo, "--values", "/nonexistent/values.json"});
   EXPECT_EQ(ending.exitStatus, 1);
-  EXPECT_EQ(ending.standardError, "zemo-demo: /nonexistent/values.json: cannot be opened: No such file or directory\n");
+  EXPECT_EQ(ending.standardError,
+            "zemo-survey-demo: /nonexistent/values.json: cannot be opened: No such file or directory\n");
 }
 
-TEST(DemoProgram, FailsWhenItIsNotDoneInTime) {
-  const Ending_s ending = runProgram({demo, "--seconds", "1"});
+TEST(SurveyDemoProgram, FailsWhenItIsNotDoneInTime) {
+  const Ending_s ending = runProgram({surveyDemo, "--seconds", "1"});
   EXPECT_EQ(ending.exitStatus, 1);
-  EXPECT_EQ(ending.standardError, "zemo-demo: not done within 1 s\n");
+  EXPECT_EQ(ending.standardError, "zemo-survey-demo: not done within 1 s\n");
 }
 
-TEST(DemoProgram, SaysThatACaptureIsIncomplete) {
-  const Ending_s ending = runProgram({demo, "--log", "/dev/full"});
+TEST(SurveyDemoProgram, SaysThatACaptureIsIncomplete) {
+  const Ending_s ending = runProgram({surveyDemo, "--log", "/dev/full"});
   EXPECT_EQ(ending.exitStatus, 1);
-  EXPECT_EQ(ending.standardError, "zemo-demo: /dev/full: not all frames could be written\n");
+  EXPECT_EQ(ending.standardError, "zemo-survey-demo: /dev/full: not all frames could be written\n");
 }
 
-TEST(DemoProgram, PrintsItsHelp) {
-  const Ending_s ending = runProgram({demo, "--help"});
+TEST(SurveyDemoProgram, PrintsItsHelp) {
+  const Ending_s ending = runProgram({surveyDemo, "--help"});
   EXPECT_EQ(ending.exitStatus, 0);
   EXPECT_EQ(ending.standardError, "");
   for (const char* option :

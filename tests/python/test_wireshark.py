@@ -56,7 +56,7 @@ def main(build):
                        ' "virtualTerminalVersion": 4, "hardwareVersion": 5, "certification":'
                        ' {"year": 2021, "revision": 5, "laboratoryType": 1, "laboratoryId": 66,'
                        ' "referenceNumber": 1234}}')
-        subprocess.run([os.path.join(build, "examples", "zemo-demo"), "--values", values, "--capture", capture,
+        subprocess.run([os.path.join(build, "examples", "zemo-survey-demo"), "--values", values, "--capture", capture,
                         "--log", log], stdout=subprocess.DEVNULL, check=True, timeout=60)
 
         frames = tshark(capture, "-T", "fields", "-e", "frame.protocols")
