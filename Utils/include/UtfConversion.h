@@ -36,17 +36,17 @@ enum {
 //   Fails    at the first character that cannot be handled, with the source cursor on its first unit. Each is judged
 //            before the room in the target is looked at. What was written before it stays.
 //   Kept     a value above U+10FFFF does not stop a conversion from UTF-8 to UTF-32 or from UTF-32 to UTF-8: U+FFFD
-//   takes
-//            its place, strict or lenient, and the result is 3 unless a later character ends it with 1 or 2.
+//            takes its place, strict or lenient, and the result is 3 unless a later character ends it with 1 or 2.
 //            After 0xED and after 0xF4 a second byte below 0x80 passes as well.
 //   Source   Unicode Standard, chapter 3.9 (encoding forms)
 //
-//   what is met                          strict     lenient
-//   UTF-8 that is not well-formed        3          3
-//   a surrogate alone in UTF-16          3          goes on as a code point: to UTF-8 in three bytes, to UTF-32 as it
-//   is a high surrogate at the end          1          1 a surrogate in UTF-32                3          U+FFFD above
-//   U+10FFFF, UTF-32 to UTF-16     3          U+FFFD above U+10FFFF, UTF-32 to UTF-8      U+FFFD and 3 at the end, in
-//   both
+//   what is met                          strict   lenient
+//   UTF-8 that is not well-formed        3        3
+//   a surrogate alone in UTF-16          3        goes on as a code point: three bytes of UTF-8, UTF-32 as it is
+//   a high surrogate at the end          1        1
+//   a surrogate in UTF-32                3        U+FFFD
+//   above U+10FFFF, UTF-32 to UTF-16     3        U+FFFD
+//   above U+10FFFF, UTF-32 to UTF-8      U+FFFD and 3 at the end, in both
 ZEMO_EXPORT int ConvertUTF8toUTF16(const uint8_t** source, const uint8_t* sourceEnd, uint16_t** target,
                                    uint16_t* targetEnd, int flags);
 ZEMO_EXPORT int ConvertUTF8toUTF32(const uint8_t** source, const uint8_t* sourceEnd, uint32_t** target,

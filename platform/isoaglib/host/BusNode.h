@@ -107,9 +107,8 @@ public:
   // send: sends a message of any length that the transport protocol can carry from a function that has claimed its
   // address.
   //
-  //   Takes    message: source is set here; up to 8 bytes go out as they are; done as TransportProtocol_c::send takes
-  //   it,
-  //            also called for short messages
+  //   Takes    message: source is set here; up to 8 bytes go out as they are; done as TransportProtocol_c::send
+  //            takes it, also called for short messages
   //   Gives    false when the function has no address or the message cannot be taken
   bool send(const OwnFunction_c& from, IsoMessage_s message, TransportProtocol_c::Done done = {});
 

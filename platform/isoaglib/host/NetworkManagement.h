@@ -9,9 +9,8 @@
 //   - RTxD is made from the NAME, so that runs repeat.
 //   - Each claim that is sent again during contention starts the 250 ms anew.
 //   - The node answers its own global requests for address claimed like anybody else's.
-//   - A claim with a NAME of ours from somebody else, for whatever address: a function that has not claimed yet gives
-//   up
-//     without trying another address, one that has claims again as after a violation of its address.
+//   - A claim with a NAME of ours from somebody else, for whatever address: a function that has not claimed yet
+//     gives up without trying another address, one that has claims again as after a violation of its address.
 //   - A function that cannot claim does not try again when an address becomes free.
 #pragma once
 
