@@ -1,3 +1,4 @@
+#include "../vt/VtClientService.h"
 #include "HostState.h"
 #include "Identification.h"
 #include "Journal.h"
@@ -96,6 +97,9 @@ IdentItem_c::IdentItem_c() : m_state(std::make_unique<State_s>()) {
 
 IdentItem_c::~IdentItem_c() {
   Journal::add(identName(*m_state) + ": destroyed");
+  for (unsigned int instance = 0; instance < isoInstances; ++instance) {
+    vtClientService(instance)->forgetIdent(*m_state);
+  }
   detach(*m_state);
 }
 

@@ -1,3 +1,4 @@
+#include "../vt/VtClientService.h"
 #include "HostClock.h"
 #include "HostState.h"
 #include "Journal.h"
@@ -117,6 +118,8 @@ int Scheduler_c::runDueWork() {
     if (nodeOf(instance) != nullptr) {
       nodeOf(instance)->poll();
     }
+    vtClientService(instance)->work();
+    nextDueMs = std::min(nextDueMs, vtClientService(instance)->dueMs());
     if (nodeOf(instance) != nullptr) {
       nextDueMs = std::min(nextDueMs, nodeOf(instance)->nextDueMs());
     }

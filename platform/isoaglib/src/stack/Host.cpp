@@ -1,5 +1,7 @@
 #include "HostState.h"
 
+#include "../vt/VtClientService.h"
+
 #include "Journal.h"
 
 #include <algorithm>
@@ -83,6 +85,7 @@ bool openCan(unsigned int instance, unsigned int busNumber) {
     state.nodes[instance] = std::make_unique<BusNode_c>(*state.ports[instance]);
     state.nodes[instance]->setWorkingSets(state.identItemUsesWorkingSet);
     state.nodes[instance]->setRequestPeriodMs(state.requestPeriodMs);
+    vtClientService(instance)->busOpened();
   }
   state.lastError.clear();
   return true;
@@ -93,6 +96,7 @@ void closeCan(unsigned int instance) {
     return;
   }
   if (instance < isoInstances) {
+    vtClientService(instance)->busClosed();
     detachAll(instance);
     hostState().nodes[instance].reset();
   }
@@ -182,6 +186,9 @@ Faults_s& faults() {
 }
 
 void reset() {
+  for (unsigned int instance = 0; instance < isoInstances; ++instance) {
+    vtClientService(instance)->setOn(false);
+  }
   for (unsigned int instance = 0; instance < canInstances; ++instance) {
     closeCan(instance);
   }

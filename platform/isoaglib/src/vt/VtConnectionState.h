@@ -1,11 +1,14 @@
 // What stands behind a published connection.
 #pragma once
 
-#include "IsoAgLib/vtclient.h"
+#include "VtConnection.h"
+
+#include <utility>
 
 struct __IsoAgLib::VtClientConnection_c::State_s {
-  VtServerSelection selection;
-  IsoAgLib::iVtObjectPool_c* pool = nullptr;
-  IsoAgLib::iVtClientState_t state = IsoAgLib::VtClientWaitsForAddress;
-  IsoAgLib::iVtProperties_s properties{};
+  State_s(IsoBusHost::VtConnectionSettings_s settings, IdentItem_c::State_s& ident,
+          const IsoBusHost::VtConnectionServers_c& servers)
+      : connection(std::move(settings), ident, servers) {}
+
+  IsoBusHost::VtConnection_c connection;
 };
