@@ -1,7 +1,7 @@
-"""The captured demonstration, read by Wireshark's ISObus dissector.
+"""The captured demonstrations, read by Wireshark's ISObus dissector.
 
-Every frame is dissected as ISObus, none is malformed, and the multi-packet answers are put together again, so that
-the identification texts stand in them.
+Every frame is dissected as ISObus, none is malformed, and messages of several packets are put together again: the
+identification texts of the survey, the commands and texts of the sprayer's screen.
 """
 
 import binascii
@@ -42,6 +42,31 @@ def reassembled(capture):
     return messages
 
 
+def expect_sound(capture, fewest):
+    frames = tshark(capture, "-T", "fields", "-e", "frame.protocols")
+    expect(len(frames) > fewest, "only %d frames were captured" % len(frames))
+    expect_equal({protocols[:10] for protocols in frames}, {"can:isobus"}, "protocols of the frames")
+    expect_equal(tshark(capture, "-Y", "_ws.malformed"), [], "malformed frames")
+    return frames
+
+
+def look_at_the_sprayer(build, folder):
+    """Each command of the screen is told by name, and the terminal says to each that it is done."""
+    capture = os.path.join(folder, "sprayer.pcap")
+    subprocess.run([os.path.join(build, "examples", "zemo-demo"), "--capture", capture], stdout=subprocess.DEVNULL,
+                   check=True, timeout=120)
+    expect_sound(capture, 20000)
+    told = tshark(capture, "-T", "fields", "-e", "_ws.col.Info")
+    for what in ("[ECU2VT] Working Set Maintenance, VT version is 4",
+                 "[VT2ECU] There can be enough memory, VT Version is 4",
+                 "[ECU2VT] Numeric value of Object ID 0x0579 should change to 0x52",
+                 "[VT2ECU] Numeric value of Object ID 0x0579 has changed to 0x52",
+                 "[ECU2VT] Object ID 0x076C should show", "[VT2ECU] Object ID 0x076C is now shown",
+                 "[TP.DT] String value of Object ID 0x0515 should change to Pulv"):
+        expect(any(line.startswith(what) for line in told), "nobody says: " + what)
+    return len(told)
+
+
 def main(build):
     if shutil.which("tshark") is None:
         print("skipped: tshark is not installed")
@@ -59,11 +84,7 @@ def main(build):
         subprocess.run([os.path.join(build, "examples", "zemo-survey-demo"), "--values", values, "--capture", capture,
                         "--log", log], stdout=subprocess.DEVNULL, check=True, timeout=60)
 
-        frames = tshark(capture, "-T", "fields", "-e", "frame.protocols")
-        expect(len(frames) > 50, "only %d frames were captured" % len(frames))
-        expect_equal(set(frames), {"can:isobus"}, "protocols of the frames")
-        expect_equal(tshark(capture, "-Y", "_ws.malformed"), [], "malformed frames")
-
+        frames = expect_sound(capture, 50)
         ecu = b"4711.6*SN567890*Armrest*Console*ZEMO*000118*"
         product = b"WXY12345678901234*Tovra**"
         messages = reassembled(capture)
@@ -79,7 +100,8 @@ def main(build):
         with open(log, encoding="ascii") as file:
             isobus = [line for line in file if line.split()[1] == "can0"]
         expect_equal(len(isobus), len(frames), "frames of can0 in the log")
-    print("%d frames, %d multi-packet messages" % (len(frames), len(messages)))
+        commands = look_at_the_sprayer(build, folder)
+    print("survey: %d frames, %d multi-packet messages; sprayer: %d frames" % (len(frames), len(messages), commands))
     return 0
 
 
