@@ -157,6 +157,11 @@ std::string Demonstration_c::connect() {
   return "";
 }
 
+// isWorthALook: three moments of a drive; of the built-in one a pond, the headland, and the tank when it is low.
+bool isWorthALook(std::size_t row, std::size_t rows) {
+  return row == rows / 3 || row == rows * 8 / 15 || row == rows * 11 / 12;
+}
+
 std::string Demonstration_c::drive(const std::vector<DriveRow_s>& rows, bool force, Pass_s& pass) {
   const __IsoAgLib::VtClientConnection_c& connection = m_sprayer.connection();
   const Traffic_s trafficBefore = m_traffic;
@@ -171,7 +176,7 @@ std::string Demonstration_c::drive(const std::vector<DriveRow_s>& rows, bool for
     if (!error.empty()) {
       return error;
     }
-    if (!force && (row.seconds == 20 || row.seconds == 32 || row.seconds == 55)) {
+    if (!force && isWorthALook(pass.refreshes - 1, rows.size())) {
       printScreen(row.seconds);
     }
   }
