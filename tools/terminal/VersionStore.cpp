@@ -104,7 +104,7 @@ void VersionStore_c::readFile(const std::string& file) {
   }
   version.pool.resize(static_cast<std::size_t>(size));
   stream.seekg(0);
-  stream.read(reinterpret_cast<char*>(version.pool.data()), size);
+  stream.read(reinterpret_cast<char*>(version.pool.data()), static_cast<std::streamsize>(size));
   remove(version.name, version.label); // an earlier one that was to be replaced
   m_versions.push_back(std::move(version));
 }
