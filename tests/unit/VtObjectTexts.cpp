@@ -27,6 +27,14 @@ using Texts_t = testing::Types<Text_s<iVtObjectInputString_c, iVtObjectInputStri
                                Text_s<iVtObjectOutputString_c, iVtObjectOutputString_s>,
                                Text_s<iVtObjectStringVariable_c, iVtObjectStringVariable_s>>;
 
+// The name of a type by the number that the pool has for it.
+struct TypeName_s {
+  template <class Text_t>
+  static std::string GetName(int) {
+    return "OfType" + std::to_string(decltype(Text_t::object)().objectType());
+  }
+};
+
 std::string bytes(const char* text, std::size_t length) {
   return std::string(text, length);
 }
@@ -38,7 +46,7 @@ class VtObjectText : public VtObjectFixture {
 protected:
   Text_t m_text;
 };
-TYPED_TEST_SUITE(VtObjectText, Texts_t);
+TYPED_TEST_SUITE(VtObjectText, Texts_t, TypeName_s);
 
 TYPED_TEST(VtObjectText, IsStoredSentAndTold) {
   EXPECT_TRUE(this->m_text.object.setValueCopy("Speed", true, false));

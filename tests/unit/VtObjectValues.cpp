@@ -20,6 +20,14 @@ struct Setting_s {
   }
 };
 
+// The name of a type by the number that the pool has for it.
+struct TypeName_s {
+  template <class Setting_t>
+  static std::string GetName(int) {
+    return "OfType" + std::to_string(decltype(Setting_t::object)().objectType());
+  }
+};
+
 using InputBoolean_s = Setting_s<iVtObjectInputBoolean_c, iVtObjectInputBoolean_s, bool>;
 using InputNumber_s = Setting_s<iVtObjectInputNumber_c, iVtObjectInputNumber_s, uint32_t>;
 using InputList_s = Setting_s<iVtObjectInputList_c, iVtObjectInputList_s, uint8_t>;
@@ -116,7 +124,7 @@ class VtObjectValueWithoutUpdate : public VtObjectFixture {};
 
 using Settings_t = testing::Types<InputBoolean_s, InputNumber_s, InputList_s, OutputNumber_s, OutputList_s, Meter_s,
                                   LinearBarGraph_s, NumberVariable_s>;
-TYPED_TEST_SUITE(VtObjectValueWithoutUpdate, Settings_t);
+TYPED_TEST_SUITE(VtObjectValueWithoutUpdate, Settings_t, TypeName_s);
 
 TYPED_TEST(VtObjectValueWithoutUpdate, IsSentButNotStored) {
   TypeParam field(1);
