@@ -138,7 +138,7 @@ protected:
     return node.send(*function, pgn, priority, destination, bytes.data(), length);
   }
 
-  const std::array<uint8_t, 9> bytes{1, 2, 3, 4, 5, 6, 7, 8, 9};
+  const std::array<uint8_t, 264> bytes{1, 2, 3, 4, 5, 6, 7, 8, 9};
 };
 
 TEST_F(BusNodeShortMessages, GoOutAtOnceAsOneFrame) {
@@ -150,6 +150,7 @@ TEST_F(BusNodeShortMessages, GoOutAtOnceAsOneFrame) {
 
 TEST_F(BusNodeShortMessages, AreRefusedWhereTheyCannotBeOne) {
   EXPECT_FALSE(send(0xEF00, 3, 0x26, 9));
+  EXPECT_FALSE(send(0xEF00, 3, 0x26, 264)) << "8 in a byte";
   EXPECT_FALSE(send(0xEF00, 3, 0xFE, 8));
   EXPECT_FALSE(send(0x40000, 3, 0x26, 8));
   EXPECT_EQ(wire.take(), Frames{});

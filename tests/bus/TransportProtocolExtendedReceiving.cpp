@@ -191,6 +191,17 @@ TEST_F(ExtendedReceiving, IgnoresPacketsThatAreThereAlreadyAndIsNotProlongedByTh
   EXPECT_THAT(station.workAfter(50), ElementsAre(abortBecause("03")));
 }
 
+TEST_F(ExtendedReceiving, KeepsTheFirstOfTwoPacketsBehindAGap) {
+  receiveUntil(241);
+  station.hear({dataOffset(16, 240), packet(243, 240), "1CC72680 03 FF FF FF FF FF FF FF"});
+  EXPECT_EQ(station.statistics().framesIgnored, 1U);
+  Lines rest = block(16, 241);
+  rest.erase(rest.begin());
+  station.hear(rest);
+  ASSERT_EQ(station.delivered.size(), 1U);
+  EXPECT_EQ(station.delivered.front().data, countingBytes(1786));
+}
+
 TEST_F(ExtendedReceiving, IgnoresTheLastPacketOfABlockWhenItComesTwice) {
   receiveUntil(17);
   EXPECT_THAT(station.hear({packet(16, 0)}), IsEmpty());
@@ -383,6 +394,14 @@ TEST_F(ExtendedReceiving, RunsBesideAShortSessionOfTheSamePairAndPgn) {
   EXPECT_EQ(station.delivered.front().data, countingBytes(17));
   station.delivered.clear();
   finish();
+}
+
+TEST_F(ExtendedReceiving, TakesNothingToAllForAPacketOfABroadcast) {
+  station.hear({"1CECFF80 20 09 00 02 FF DA FE 00", "1CC7FF80 01 11 12 13 14 15 16 17"});
+  EXPECT_EQ(station.statistics().framesIgnored, 1U);
+  station.hear({"1CEBFF80 01 01 02 03 04 05 06 07", "1CEBFF80 02 08 09 FF FF FF FF FF"});
+  ASSERT_EQ(station.delivered.size(), 1U);
+  EXPECT_EQ(station.delivered.front().data, countingBytes(9));
 }
 
 TEST_F(ExtendedReceiving, RepeatsAnswersThatTheBusDoesNotTake) {

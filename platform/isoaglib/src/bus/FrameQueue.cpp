@@ -32,7 +32,7 @@ void FrameQueue_c::pop() {
 void FrameQueue_c::grow() {
   std::rotate(m_ring.begin(), m_ring.begin() + static_cast<std::ptrdiff_t>(m_first), m_ring.end());
   m_first = 0;
-  m_ring.resize(std::min(2 * m_ring.size(), m_most));
+  m_ring.resize(2 * m_ring.size());
 }
 
 } // namespace IsoBusHost

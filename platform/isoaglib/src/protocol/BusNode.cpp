@@ -65,9 +65,7 @@ BusNode_c::BusNode_c(CanPort_c& port)
           [this](IsoMessage_s message) {
             m_deferred.push_back([this, kept = std::make_shared<IsoMessage_s>(std::move(message))] { deliver(*kept); });
           },
-          [this](uint8_t address) { return m_networkManagement->findClaimed(address) != nullptr; }}) {
-  m_shortData.reserve(frameBytes);
-}
+          [this](uint8_t address) { return m_networkManagement->findClaimed(address) != nullptr; }}) {}
 
 BusNode_c::~BusNode_c() = default;
 
@@ -129,8 +127,8 @@ BusNode_c::HandlerId BusNode_c::onMessage(MessageHandler handler) {
 
 // A handler that is being called, by this message or one around it, must not go away under its own feet.
 void BusNode_c::removeHandler(HandlerId id) {
-  const auto known = std::find_if(m_handlers.begin(), m_handlers.end(),
-                                  [id](const Handler_s& entry) { return entry.id == id && id != noHandler; });
+  const auto known =
+      std::find_if(m_handlers.begin(), m_handlers.end(), [id](const Handler_s& entry) { return entry.id == id; });
   if (known == m_handlers.end()) {
     return;
   }
