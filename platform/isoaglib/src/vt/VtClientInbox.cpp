@@ -19,8 +19,9 @@ bool VtClientInbox_c::take(IsoMessage_s& message) {
     return false;
   }
   std::swap(message, m_ring[m_first]);
-  m_first = (m_first + 1) % m_ring.size();
   --m_count;
+  // An empty one begins anew where there is memory for messages already.
+  m_first = m_count == 0 ? 0 : (m_first + 1) % m_ring.size();
   return true;
 }
 

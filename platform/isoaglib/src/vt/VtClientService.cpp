@@ -196,9 +196,8 @@ void VtClientService_c::work() {
 }
 
 void VtClientService_c::takeMessages() {
-  IsoMessage_s message;
-  for (std::size_t left = VtClientInbox_c::maxMessages; left > 0 && m_inbox.take(message); --left) {
-    dispatch(message);
+  for (std::size_t left = VtClientInbox_c::maxMessages; left > 0 && m_inbox.take(m_message); --left) {
+    dispatch(m_message);
   }
 }
 

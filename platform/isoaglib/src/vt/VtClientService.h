@@ -59,6 +59,7 @@ private:
   bool m_isWorking = false;
   BusNode_c::HandlerId m_handler = 0; // 0: none
   VtClientInbox_c m_inbox;
+  IsoMessage_s m_message; // the one that is worked on
   VtConnectionServers_c m_servers;
   std::vector<Slot> m_slots; // by number, null: free
 };
