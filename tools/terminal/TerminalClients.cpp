@@ -186,7 +186,6 @@ void Terminal_c::setShown(Client_s& client) {
   }
   for (const auto& other : m_clients) {
     other->model.setShown(false);
-    sendUnasked(*other);
   }
   client.model.setShown(true);
   Change_s change;
