@@ -245,6 +245,13 @@ TEST_F(VtClientCommands, WhoseTransferFailsAreRepeatedAndGivenUp) {
   EXPECT_EQ(vt->take(), Texts{valueCommand(1)});
 }
 
+TEST_F(VtClientCommands, WithLongTextsEndTheApplicationsSleep) {
+  run(10);
+  EXPECT_FALSE(__IsoAgLib::getSchedulerInstance().waitForWork(1000));
+  pool.text.setValueCopy("some text", true, true);
+  EXPECT_TRUE(__IsoAgLib::getSchedulerInstance().waitForWork(1000));
+}
+
 TEST(VtCommandQueue, TakesTextsUpToItsBound) {
   VtCommandQueue_c queue;
   std::vector<uint8_t> text(60000, 'x');

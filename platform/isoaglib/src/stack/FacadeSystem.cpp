@@ -79,6 +79,16 @@ bool isAnyBusBlocked() {
   return std::any_of(ports.begin(), ports.end(), [](const auto& port) { return port && port->isBlocked(); });
 }
 
+// nextDueMs: returns when a node or a VT client has something to do, as far as nothing else happens.
+uint64_t nextDueMs() {
+  uint64_t dueMs = never;
+  for (unsigned int instance = 0; instance < isoInstances; ++instance) {
+    const uint64_t nodeMs = nodeOf(instance) == nullptr ? never : nodeOf(instance)->nextDueMs();
+    dueMs = std::min({dueMs, nodeMs, vtClientService(instance)->dueMs()});
+  }
+  return dueMs;
+}
+
 // The proprietary bus has no protocol of ours: its frames are taken, so that observers see them, and dropped.
 void drainProprietaryBus() {
   constexpr int maxFrames = 1000;
@@ -112,17 +122,12 @@ int Scheduler_c::runDueWork() {
   if (!hostState().schedulerOn) {
     return longestWaitMs;
   }
-  uint64_t nextDueMs = never;
   for (unsigned int instance = 0; instance < isoInstances; ++instance) {
     // Looked up anew each time: an application may close the stack from a call-back.
     if (nodeOf(instance) != nullptr) {
       nodeOf(instance)->poll();
     }
     vtClientService(instance)->work();
-    nextDueMs = std::min(nextDueMs, vtClientService(instance)->dueMs());
-    if (nodeOf(instance) != nullptr) {
-      nextDueMs = std::min(nextDueMs, nodeOf(instance)->nextDueMs());
-    }
   }
   drainProprietaryBus();
   reportLostBuses();
@@ -133,16 +138,19 @@ int Scheduler_c::runDueWork() {
   if (isAnyBusBlocked()) {
     return blockedWaitMs;
   }
-  if (nextDueMs <= nowMs) {
+  const uint64_t dueMs = nextDueMs();
+  if (dueMs <= nowMs) {
     return 0;
   }
-  return static_cast<int>(std::min<uint64_t>(nextDueMs - nowMs, longestWaitMs));
+  return static_cast<int>(std::min<uint64_t>(dueMs - nowMs, longestWaitMs));
 }
 
 bool Scheduler_c::waitForWork(int timeoutMs) {
+  // What the application has asked for since it ran the due work: a long text, for example.
+  const bool isDue = !isAnyBusBlocked() && nextDueMs() <= HostClock::nowMs();
   // A clock that is turned by hand stands still while we sleep.
-  if (hasPendingFrames() || HostClock::isTurnedByHand()) {
-    return hasPendingFrames();
+  if (hasPendingFrames() || isDue || HostClock::isTurnedByHand()) {
+    return hasPendingFrames() || isDue;
   }
   std::vector<pollfd> descriptors = Host::pollDescriptors();
   return poll(descriptors.data(), static_cast<nfds_t>(descriptors.size()), timeoutMs) > 0;
