@@ -12,6 +12,8 @@
 //     ident 1: setProductIdentification("123456", "Harlow-Mede", "R3700")
 //     ident 1: setCertificationData(2013, 31, 3, 733, 000000, 0)       the fifth: compliance bits, 3 bytes
 //     ident 1: destroyed
+//     VtClient_c[0]::initAndRegisterObjectPool(ident 1, pool of 10 objects, "LABEL", storage)       or null, null
+//     VtClient_c[0]::deregisterObjectPool(pool of 10 objects) = true
 //     isoaglib_assert_callStart() = false
 //     DBusConnection_c::getString(8)              where the console's journal is connected (ConsoleHost::setJournal)
 //   What the stack asks of the application begins with an arrow, for example
@@ -19,6 +21,8 @@
 //     -> getConnectAllowedVtServerType() = 2
 //     -> ident 1 loadSa() = 128
 //     -> ident 1 storeSa(128)
+//     -> VT client 0 loadPreferredVt() = A0001D0000000001, 3              NAME (0: none) and boot time in seconds
+//     -> VT client 0 storePreferredVt(A0001D0000000001, 12)
 //   Texts stand in double quotes. Identity items are numbered from 1 in the order of their creation since Host::reset.
 //   Threads: the thread that drives the stack.
 #pragma once
