@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <iostream>
 #include <poll.h>
 
@@ -18,19 +17,11 @@ using namespace IsoBusHost;
 namespace {
 
 const DeskProgram_s program = {"zemo-service-tool", "finds every control function of a bus and asks it who it is",
-                                   false};
+                               false};
 
 int fail(const std::string& why) {
   std::fprintf(stderr, "%s: %s\n", program.name, why.c_str());
   return 1;
-}
-
-std::string busAddress(const DeskOptions_s& options) {
-  if (!options.can0.empty()) {
-    return options.can0;
-  }
-  const char* fromEnvironment = std::getenv("ZEMO_CAN0");
-  return fromEnvironment == nullptr ? "" : fromEnvironment;
 }
 
 void waitForFrames(const CanPort_c& port, uint64_t dueMs) {
@@ -54,9 +45,9 @@ int main(int argc, char** argv) {
   if (const auto exitStatus = parseDeskOptions(argc, argv, program, options)) {
     return *exitStatus;
   }
-  const std::string address = busAddress(options);
+  const std::string address = toolBus(options);
   if (address.empty()) {
-    return fail("which bus? --can0 socketcan:IFACE or --can0 socketcand:HOST:PORT/BUS");
+    return fail(noToolBus);
   }
   std::string error;
   auto transport = openTransport(address, error);

@@ -13,7 +13,6 @@
 #include <cinttypes>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <poll.h>
 #include <sys/signalfd.h>
@@ -38,27 +37,12 @@ FileDescriptor_c stopSignals() {
   return FileDescriptor_c(signalfd(-1, &signals, SFD_CLOEXEC));
 }
 
-std::string busAddress(const TerminalOptions_s& options) {
-  if (!options.bus.empty()) {
-    return options.bus;
-  }
-  const char* fromEnvironment = std::getenv("ZEMO_CAN0");
-  return fromEnvironment == nullptr ? "" : fromEnvironment;
-}
-
-DeskOptions_s captureOptions(const TerminalOptions_s& options) {
-  DeskOptions_s captures;
-  captures.captureFile = options.captureFile;
-  captures.logFile = options.logFile;
-  return captures;
-}
-
 // Program_c: the terminal between its bus, standard input and standard output.
 class Program_c {
 public:
   Program_c(CanPort_c& port, const TerminalOptions_s& options)
       : m_port(port), m_node(port), m_terminal(m_node, options.settings), m_startMs(HostClock::nowMs()),
-        m_endMs(options.seconds == 0 ? never : m_startMs + static_cast<uint64_t>(options.seconds) * 1000) {
+        m_endMs(options.desk.seconds == 0 ? never : m_startMs + static_cast<uint64_t>(options.desk.seconds) * 1000) {
     m_terminal.onChange([this, &options](const TerminalClient_s& client, const Change_s& change) {
       m_changes += 1;
       if (!options.quiet) {
@@ -179,9 +163,9 @@ int main(int argc, char** argv) {
   if (!stop.isOpen()) {
     return fail(std::strerror(errno));
   }
-  const std::string bus = busAddress(options);
+  const std::string bus = toolBus(options.desk);
   if (bus.empty()) {
-    return fail("which bus? --bus socketcan:IFACE or --bus socketcand:HOST:PORT/BUS");
+    return fail(noToolBus);
   }
   std::string error;
   auto transport = openTransport(bus, error);
@@ -189,7 +173,7 @@ int main(int argc, char** argv) {
     return fail(error);
   }
   DeskCapture_c capture;
-  error = capture.open(captureOptions(options));
+  error = capture.open(options.desk);
   if (!error.empty()) {
     return fail(error);
   }

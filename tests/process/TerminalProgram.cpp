@@ -108,7 +108,7 @@ TEST(TerminalProgram, ServesAClientOfAnotherProcessAndDoesWhatItsOperatorSays) {
   const BusServerProcess_c server;
   SocketClient_c client(server.port());
   client.join("can0");
-  TerminalProcess_c program({"--bus", server.address("can0")});
+  TerminalProcess_c program({"--can0", server.address("can0")});
   EXPECT_EQ(program.hear(), "on the bus at address 38");
   client.say("< send 18EEFF80 8 10 0 0 0 0 80 0 a0 >"
              "< send 1CFE0D80 8 1 ff ff ff ff ff ff ff >"
@@ -141,7 +141,7 @@ TEST(TerminalProgram, ServesAClientOfAnotherProcessAndDoesWhatItsOperatorSays) {
 
 TEST(TerminalProgram, EndsOnItsLineAndOnBothSignals) {
   {
-    TerminalProcess_c program({"--bus", "local:a"});
+    TerminalProcess_c program({"--can0", "local:a"});
     program.say("clients\nquit\nclients\n");
     EXPECT_EQ(program.hear(), "no clients");
     EXPECT_EQ(program.hear().substr(0, 10), "0 changes,");
@@ -149,14 +149,14 @@ TEST(TerminalProgram, EndsOnItsLineAndOnBothSignals) {
     EXPECT_EQ(program.wait(), 0);
   }
   for (const int signal : {SIGINT, SIGTERM}) {
-    TerminalProcess_c program({"--bus", "local:a"});
+    TerminalProcess_c program({"--can0", "local:a"});
     EXPECT_EQ(program.hear(), "on the bus at address 38");
     EXPECT_EQ(program.stop(signal), 0);
   }
 }
 
 TEST(TerminalProgram, GoesOnWithoutStandardInput) {
-  const Ending_s ending = runProgram({terminal, "--bus", "local:a", "--seconds", "1"}, "clients");
+  const Ending_s ending = runProgram({terminal, "--can0", "local:a", "--seconds", "1"}, "clients");
   EXPECT_EQ(ending.exitStatus, 0);
   EXPECT_EQ(ending.standardOutput.substr(0, 11), "no clients\n"); // a last line without its end
   EXPECT_NE(ending.standardOutput.find(" on the bus at address 38\n"), std::string::npos);
@@ -166,7 +166,7 @@ TEST(TerminalProgram, GoesOnWithoutStandardInput) {
 
 TEST(TerminalProgram, NamesALineThatItDoesNotUnderstandAndGoesOn) {
   const Ending_s ending =
-      runProgram({terminal, "--bus", "local:a"}, "push 4\nkey x press\n\n# a remark\nclients\nquit\n");
+      runProgram({terminal, "--can0", "local:a"}, "push 4\nkey x press\n\n# a remark\nclients\nquit\n");
   EXPECT_EQ(ending.exitStatus, 0);
   EXPECT_EQ(ending.standardError, "zemo-terminal: 'push' is no command; help lists them\n"
                                   "zemo-terminal: which object? a number from 0 to 65534\n");
@@ -176,7 +176,8 @@ TEST(TerminalProgram, NamesALineThatItDoesNotUnderstandAndGoesOn) {
 TEST(TerminalProgram, WritesItsFramesToALog) {
   const TemporaryFolder_c folder;
   const std::string log = folder.path() + "/frames.log";
-  const Ending_s ending = runProgram({terminal, "--bus", "local:a", "--address", "40", "--seconds", "1", "--log", log});
+  const Ending_s ending =
+      runProgram({terminal, "--can0", "local:a", "--address", "40", "--seconds", "1", "--log", log});
   EXPECT_EQ(ending.exitStatus, 0);
   EXPECT_NE(readFile(log).find(" can0 1CE6FF28#FEFEFFFFFFFF00FF\n"), std::string::npos);
 }
@@ -187,7 +188,7 @@ TEST(TerminalProgram, LearnsItsBusFromTheEnvironment) {
   const Ending_s unnamed = runProgram({"env", "-u", "ZEMO_CAN0", terminal}, "quit\n");
   EXPECT_EQ(unnamed.exitStatus, 1);
   EXPECT_EQ(unnamed.standardError,
-            "zemo-terminal: which bus? --bus socketcan:IFACE or --bus socketcand:HOST:PORT/BUS\n");
+            "zemo-terminal: which bus? --can0 socketcan:IFACE or --can0 socketcand:HOST:PORT/BUS\n");
 }
 
 struct WrongUse_s {
@@ -207,12 +208,14 @@ TEST(TerminalProgram, EndsWithOneLineThatSaysWhatIsWrong) {
       {{"--seconds", "0"}, 2, "zemo-terminal: --seconds: '0' is no whole number from 1 to 86400\n"},
       {{"local:a"}, 2, "zemo-terminal: 'local:a' is no option; --help lists them\n"},
       {{"--nonsense"}, 2, terminal + ": unrecognized option '--nonsense'\n"},
-      {{"--bus", "socketcand:127.0.0.1:1/can0"}, 1, "zemo-terminal: socketcand:127.0.0.1:1/can0: Connection refused\n"},
-      {{"--bus", "local:a", "--store", "/nonexistent/v"},
+      {{"--can0", "socketcand:127.0.0.1:1/can0"},
+       1,
+       "zemo-terminal: socketcand:127.0.0.1:1/can0: Connection refused\n"},
+      {{"--can0", "local:a", "--store", "/nonexistent/v"},
        1,
        "zemo-terminal: /nonexistent/v: No such file or directory\n"},
-      {{"--bus", "local:a", "--log", "/tmp"}, 1, "zemo-terminal: /tmp: Is a directory\n"},
-      {{"--bus", "local:a", "--log", "/dev/full", "--seconds", "1"},
+      {{"--can0", "local:a", "--log", "/tmp"}, 1, "zemo-terminal: /tmp: Is a directory\n"},
+      {{"--can0", "local:a", "--log", "/dev/full", "--seconds", "1"},
        1,
        "zemo-terminal: /dev/full: not all frames could be written\n"},
   };
@@ -229,7 +232,7 @@ TEST(TerminalProgram, ExplainsItsOptions) {
   const Ending_s ending = runProgram({terminal, "--help"});
   EXPECT_EQ(ending.exitStatus, 0);
   EXPECT_EQ(ending.standardError, "");
-  for (const char* option : {"--bus BUS", "--address N", "--version N", "--graphic N", "--memory BYTES",
+  for (const char* option : {"--can0 BUS", "--address N", "--version N", "--graphic N", "--memory BYTES",
                              "--store FOLDER", "--quiet", "--capture FILE", "--log FILE", "--seconds N", "--help"}) {
     EXPECT_NE(ending.standardOutput.find(option), std::string::npos) << option;
   }

@@ -153,7 +153,7 @@ def main():
         with BusServer("--capture", capture) as server:
             bus = server.client()
             program = os.path.join(BUILD_FOLDER, "tools", "zemo-terminal")
-            terminal = subprocess.Popen([program, "--bus", server.address(), "--quiet"], stdin=subprocess.PIPE,
+            terminal = subprocess.Popen([program, "--can0", server.address(), "--quiet"], stdin=subprocess.PIPE,
                                         stdout=subprocess.DEVNULL, text=True)
             try:
                 talk(Client(bus), terminal)

@@ -150,3 +150,11 @@ std::optional<int> parseDeskOptions(int argc, char** argv, const DeskProgram_s& 
   }
   return std::nullopt;
 }
+
+std::string toolBus(const DeskOptions_s& options) {
+  if (!options.can0.empty()) {
+    return options.can0;
+  }
+  const char* fromEnvironment = std::getenv("ZEMO_CAN0");
+  return fromEnvironment == nullptr ? "" : fromEnvironment;
+}

@@ -39,3 +39,8 @@ struct DeskProgram_s {
 //   Gives    the exit status where the program shall end at once: 0 after --help, 2 after an error; empty to go on
 //   Effects  the help goes to standard output; an error is one line on standard error that names the option
 std::optional<int> parseDeskOptions(int argc, char** argv, const DeskProgram_s& program, DeskOptions_s& options);
+
+// toolBus: returns the bus of a tool, from the option or the environment variable ZEMO_CAN0; empty where neither names
+// one, since a bus inside the process would have nobody else on it.
+std::string toolBus(const DeskOptions_s& options);
+constexpr const char* noToolBus = "which bus? --can0 socketcan:IFACE or --can0 socketcand:HOST:PORT/BUS";
