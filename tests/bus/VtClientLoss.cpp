@@ -65,6 +65,9 @@ TEST_F(VtClientLoss, FollowsARefusalOfWhatTheWorkingSetSends) {
   EXPECT_EQ(errors.take(), Texts{"VT client 0: the VT at 38 does not know the working set"});
   run(4000);
   EXPECT_TRUE(connection().isConnected());
+  vt.tell(0xE800, "01 FF FF FF 80 00 E7 00");
+  run(10);
+  EXPECT_EQ(errors.take().size(), 1U); // told anew after each connection
 }
 
 TEST_F(VtClientLoss, FollowsNoOtherAcknowledgement) {
@@ -218,6 +221,14 @@ TEST_F(VtClientLoss, ByDeregisteringWhenConnectedDisconnectedOrRefusedIsSafe) {
     vts.clear();
     run(4000);
   }
+}
+
+TEST_F(VtClientLoss, ByDeregisteringBetweenTwoEventsKeepsTheSecondBack) {
+  PlayedVt_c& vt = connect();
+  pool.onTold = [this](const std::string&) { client().deregisterObjectPool(pool); };
+  vt.say("06 4C 04 24 14 05 4C 04"); // the VT deletes the pool: disconnected, and then refused
+  run(100);
+  EXPECT_EQ(pool.take(), Texts{"disconnected"});
 }
 
 TEST_F(VtClientLoss, ByDeregisteringWhenACommandFailsIsSafe) {

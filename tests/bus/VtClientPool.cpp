@@ -247,6 +247,23 @@ TEST_F(VtClientPool, CountsOnlyStatusesWithoutABusyOneBetween) {
   EXPECT_EQ(count(vt.heard, endOfPool), 2);
 }
 
+TEST_F(VtClientPool, CountsNoStatusOfAnotherVt) {
+  PlayedVt_c& vt = startVt();
+  vt.silent(0x12);
+  registerPool();
+  run(1000);
+  vt.isOn = false;
+  PlayedVt_c& other = startVt("02 00 00 00 00 1D 00 A0", 0x27);
+  vt.status();
+  run(1000);
+  other.status();
+  other.status();
+  run(1000);
+  vt.status();
+  run(500);
+  EXPECT_EQ(count(vt.heard, endOfPool), 1);
+}
+
 TEST_F(VtClientPool, GivesUpAfterThreeEndsOfPoolWithoutAnswer) {
   PlayedVt_c& vt = startVt();
   vt.silent(0x12);
@@ -315,6 +332,29 @@ TEST_F(VtClientPool, IsGivenUpWhenTheStackCannotSendLongMessages) {
   run(10000);
   EXPECT_TRUE(connection().isConnected());
   EXPECT_EQ(count(vt.take(), "11 ..."), 1);
+}
+
+TEST_F(VtClientPool, WaitsForATransferOfBeforeThatIsStillUnderWay) {
+  PlayedVt_c& vt = startVt();
+  vt.node().setMultiReceive(false);
+  registerPool();
+  run(1000);
+  const CanFrame_s hold = BusText::frameOf("1CEC8026 11 00 FF FF FF 00 E7 00");
+  vt.port().send(hold);
+  vt.tell(0xE800, "01 FF FF FF 80 00 E7 00");
+  for (int second = 0; second < 10; ++second) {
+    run(500);
+    vt.port().send(hold);
+    run(500);
+    vt.port().send(hold);
+  }
+  EXPECT_EQ(connection().state(), IsoAgLib::VtClientUploadsPool);
+  EXPECT_EQ(statistics().poolsSent, 1U);
+  vt.node().setMultiReceive(true);
+  vt.port().send(BusText::frameOf("1CEC8026 FF 02 FF FF FF 00 E7 00"));
+  run(500);
+  EXPECT_EQ(statistics().poolsSent, 2U);
+  EXPECT_TRUE(connection().isConnected());
 }
 
 TEST_F(VtClientPool, BeginsAgainWhenTheVtVanishesInTheUpload) {

@@ -268,6 +268,15 @@ TEST_F(VtClientStart, AsksTheSelectionAgainWithEachStatus) {
   EXPECT_EQ(asked, 3);
 }
 
+TEST_F(VtClientStart, AsksTheSelectionNoOftenerThanThereAreStatuses) {
+  startVt();
+  int asked = 0;
+  registerPool().setVtServerSelection([&asked](const IsoAgLib::iIsoName_c&) { return ++asked < 0; });
+  run(5500);
+  EXPECT_GE(asked, 4);
+  EXPECT_LE(asked, 6);
+}
+
 TEST_F(VtClientStart, WaitsForThePreferredVtUpToItsBootTime) {
   storage.preferred = "02 00 00 00 00 1D 00 A0";
   storage.preferredBootTime = 8;

@@ -114,7 +114,7 @@ void VtConnection_c::watch() {
   if (!hasAddress || m_step <= Step_e::waitsForVt) {
     return;
   }
-  if (m_link.ownAddress() != m_ownAddress || !m_servers.isThere(m_link.vtAddress(), m_vtName)) {
+  if (!m_servers.isThere(m_link.vtAddress(), m_vtName)) {
     fallBack(Step_e::waitsForVt);
   }
 }

@@ -119,7 +119,6 @@ private:
   Step_e m_step = Step_e::waitsForAddress;
   IsoAgLib::iVtProperties_s m_properties{};
   uint64_t m_vtName = 0;
-  uint8_t m_ownAddress = nullAddress;
 
   bool m_isSearching = false;
   bool m_isSearchDue = false; // something has changed: the VTs are looked at once more

@@ -115,11 +115,7 @@ void VtConnection_c::lookForVt() {
 }
 
 void VtConnection_c::take(uint8_t address, const VtServer_s& server) {
-  if (m_isOver) {
-    return;
-  }
   m_vtName = server.name;
-  m_ownAddress = m_link.ownAddress();
   m_link.setVtAddress(address);
   m_isSearching = false;
   m_step = Step_e::announces;
@@ -133,10 +129,7 @@ void VtConnection_c::announce() {
     return;
   }
   m_isAnnounced = true;
-  if (m_link.isAnnouncing()) {
-    return;
-  }
-  sendMaintenance();
+  sendMaintenance(); // not before the last member is announced
   if (m_isInitiated) {
     m_questions.begin(static_cast<uint32_t>(writeVtPool(pool(), VtColourClip(unclipped)).size()), m_settings.label);
     m_step = Step_e::asks;
