@@ -56,28 +56,50 @@ constexpr bool mustNotReplace = false;
 
 constexpr uint8_t enabledBit = 1;
 
-void change8(__IsoAgLib::vtObject_c& object, const Attribute_s& which, uint8_t stored, uint8_t sent) {
-  object.saveValue8SetAttribute(which.position, which.recordLength, which.id, stored, sent, mustNotReplace);
+// Only what goes out calls the stack, in functions of their own: 32-bit code needs two registers and a load to find the
+// stack's functions, which a setter whose value has not changed is spared.
+
+template <class Object_c, class Value_t>
+[[gnu::noinline]] void changeValue(Object_c& object, Value_t value) {
+  object.setValue(value, updateRecord, mayReplace);
 }
 
-void change32(__IsoAgLib::vtObject_c& object, const Attribute_s& which, int32_t value) {
+[[gnu::noinline]] void changePointer(iVtObjectObjectPointer_c& object, iVtObject_c* value) {
+  object.setValue(value, updateRecord, mustNotReplace);
+}
+
+[[gnu::noinline]] void change8(__IsoAgLib::vtObject_c& object, uint8_t value, Attribute_s which) {
+  object.saveValue8SetAttribute(which.position, which.recordLength, which.id, value, value, mustNotReplace);
+}
+
+[[gnu::noinline]] void change32(__IsoAgLib::vtObject_c& object, int32_t value, Attribute_s which) {
   object.saveValue32SetAttribute(which.position, which.recordLength, which.id, value, mustNotReplace);
 }
 
-void changeFloat(__IsoAgLib::vtObject_c& object, const Attribute_s& which, float value) {
+[[gnu::noinline]] void changeFloat(__IsoAgLib::vtObject_c& object, float value, Attribute_s which) {
   object.saveValueFloatSetAttribute(which.position, which.recordLength, which.id, value, mustNotReplace);
 }
 
-void changeReference(__IsoAgLib::vtObject_c& object, const Attribute_s& which, iVtObject_c* value) {
+[[gnu::noinline]] void changeReference(__IsoAgLib::vtObject_c& object, iVtObject_c* value, Attribute_s which) {
   object.saveValuePSetAttribute(which.position, which.recordLength, which.id, value, mustNotReplace);
 }
 
 // Stores the wanted colour and sends the one that the VT can show: the next comparison is with what was wanted.
-void changeColour(__IsoAgLib::vtObject_c& object, const Attribute_s& which, uint8_t colour, e_vtColour kind) {
+[[gnu::noinline]] void changeColour(__IsoAgLib::vtObject_c& object, uint8_t colour, Attribute_s which,
+                                    e_vtColour kind) {
   __IsoAgLib::VtClientConnection_c& connection =
       __IsoAgLib::getVtClientInstance(static_cast<uint8_t>(object.getMultitonInstance()))
           .getClientByID(object.getClientID());
-  change8(object, which, colour, connection.getUserClippedColor(colour, &object, kind));
+  object.saveValue8SetAttribute(which.position, which.recordLength, which.id, colour,
+                                connection.getUserClippedColor(colour, &object, kind), mustNotReplace);
+}
+
+[[gnu::noinline]] void able(__IsoAgLib::vtObject_c& object, uint8_t enabled, bool update) {
+  object.able(enabled, update, mustNotReplace);
+}
+
+[[gnu::noinline]] void hideOrShow(iVtObjectContainer_c& object, uint8_t show) {
+  object.hideShow(show, updateRecord, mustNotReplace);
 }
 
 uint16_t idOf(const iVtObject_c* object) {
@@ -91,49 +113,49 @@ uint16_t idOf(const iVtObject_c* object) {
 
 void SetVtObject(iVtObjectLinearBarGraph_c& object, unsigned short value, bool force) {
   if (force || object.get_vtObjectLinearBarGraph_a().value != value) {
-    object.setValue(value, updateRecord, mayReplace);
+    changeValue(object, value);
   }
 }
 
 void SetVtObject(iVtObjectMeter_c& object, unsigned short value, bool force) {
   if (force || object.get_vtObjectMeter_a().value != value) {
-    object.setValue(value, updateRecord, mayReplace);
+    changeValue(object, value);
   }
 }
 
 void SetVtObject(iVtObjectOutputList_c& object, unsigned char value, bool force) {
   if (force || object.get_vtObjectOutputList_a().value != value) {
-    object.setValue(value, updateRecord, mayReplace);
+    changeValue(object, value);
   }
 }
 
 void SetVtObject(iVtObjectInputList_c& object, unsigned char value, bool force) {
   if (force || object.get_vtObjectInputList_a().value != value) {
-    object.setValue(value, updateRecord, mayReplace);
+    changeValue(object, value);
   }
 }
 
 void SetVtObject(iVtObjectInputBoolean_c& object, bool value, bool force) {
   if (force || (object.get_vtObjectInputBoolean_a().value != 0) != value) {
-    object.setValue(value, updateRecord, mayReplace);
+    changeValue(object, value);
   }
 }
 
 void SetVtObject(iVtObjectInputNumber_c& object, unsigned int value, bool force) {
   if (force || object.get_vtObjectInputNumber_a().value != value) {
-    object.setValue(value, updateRecord, mayReplace);
+    changeValue(object, value);
   }
 }
 
 void SetVtObject(iVtObjectOutputNumber_c& object, unsigned int value, bool force) {
   if (force || object.get_vtObjectOutputNumber_a().value != value) {
-    object.setValue(value, updateRecord, mayReplace);
+    changeValue(object, value);
   }
 }
 
 void SetVtObject(iVtObjectNumberVariable_c& object, unsigned int value, bool force) {
   if (force || object.get_vtObjectNumberVariable_a().value != value) {
-    object.setValue(value, updateRecord, mayReplace);
+    changeValue(object, value);
   }
 }
 
@@ -141,55 +163,55 @@ void SetVtObject(iVtObjectNumberVariable_c& object, unsigned int value, bool for
 
 void SetVtObject(iVtObjectObjectPointer_c& object, iVtObject_c* value, bool force) {
   if (force || object.get_vtObjectObjectPointer_a().value != value) {
-    object.setValue(value, updateRecord, mustNotReplace);
+    changePointer(object, value);
   }
 }
 
 void SetVtObject(iVtObjectPolygon_c& object, iVtObjectFillAttributes_c* fill, bool force) {
   if (force || object.get_vtObjectPolygon_a().fillAttributes != fill) {
-    changeReference(object, polygonFill, fill);
+    changeReference(object, fill, polygonFill);
   }
 }
 
 void SetVtObject(iVtObjectRectangle_c& object, iVtObjectFillAttributes_c* fill, bool force) {
   if (force || object.get_vtObjectRectangle_a().fillAttributes != fill) {
-    changeReference(object, rectangleFill, fill);
+    changeReference(object, fill, rectangleFill);
   }
 }
 
 void SetVtObject(iVtObjectMeter_c& object, iVtObjectNumberVariable_c* variable, bool force) {
   if (force || object.get_vtObjectMeter_a().variableReference != variable) {
-    changeReference(object, meterVariable, variable);
+    changeReference(object, variable, meterVariable);
   }
 }
 
 void SetVtObject(iVtObjectOutputNumber_c& object, iVtObjectFontAttributes_c* font, bool force) {
   if (force || object.get_vtObjectOutputNumber_a().fontAttributes != font) {
-    changeReference(object, outputNumberFont, font);
+    changeReference(object, font, outputNumberFont);
   }
 }
 
 void SetVtObject(iVtObjectOutputNumber_c& object, iVtObjectNumberVariable_c* variable, bool force) {
   if (force || object.get_vtObjectOutputNumber_a().variableReference != variable) {
-    changeReference(object, outputNumberVariable, variable);
+    changeReference(object, variable, outputNumberVariable);
   }
 }
 
 void SetVtObject(iVtObjectInputString_c& object, iVtObjectStringVariable_c* variable, bool force) {
   if (force || object.get_vtObjectInputString_a().variableReference != variable) {
-    changeReference(object, inputStringVariable, variable);
+    changeReference(object, variable, inputStringVariable);
   }
 }
 
 void SetVtObject(iVtObjectOutputString_c& object, iVtObjectFontAttributes_c* font, bool force) {
   if (force || object.get_vtObjectOutputString_a().fontAttributes != font) {
-    changeReference(object, outputStringFont, font);
+    changeReference(object, font, outputStringFont);
   }
 }
 
 void SetVtObject(iVtObjectOutputString_c& object, iVtObjectStringVariable_c* variable, bool force) {
   if (force || object.get_vtObjectOutputString_a().variableReference != variable) {
-    changeReference(object, outputStringVariable, variable);
+    changeReference(object, variable, outputStringVariable);
   }
 }
 
@@ -210,25 +232,25 @@ void SetVtObject(iVtObjectWorkingSet_c& object, iVtObjectDataMask_c* mask, bool 
 
 void SetVtDecimals(iVtObjectOutputNumber_c& object, unsigned char decimals, bool force) {
   if (force || object.get_vtObjectOutputNumber_a().numberOfDecimals != decimals) {
-    change8(object, outputNumberDecimals, decimals, decimals);
+    change8(object, decimals, outputNumberDecimals);
   }
 }
 
 void SetVtDecimals(iVtObjectInputNumber_c& object, unsigned char decimals, bool force) {
   if (force || object.get_vtObjectInputNumber_a().numberOfDecimals != decimals) {
-    change8(object, inputNumberDecimals, decimals, decimals);
+    change8(object, decimals, inputNumberDecimals);
   }
 }
 
 void SetVtOffset(iVtObjectOutputNumber_c& object, int offset, bool force) {
   if (force || object.get_vtObjectOutputNumber_a().offset != offset) {
-    change32(object, outputNumberOffset, offset);
+    change32(object, offset, outputNumberOffset);
   }
 }
 
 void SetVtOffset(iVtObjectInputNumber_c& object, int offset, bool force) {
   if (force || object.get_vtObjectInputNumber_a().offset != offset) {
-    change32(object, inputNumberOffset, offset);
+    change32(object, offset, inputNumberOffset);
   }
 }
 
@@ -236,13 +258,13 @@ void SetVtOffset(iVtObjectInputNumber_c& object, int offset, bool force) {
 
 void SetVtScale(iVtObjectOutputNumber_c& object, float scale, bool force) {
   if (force || object.get_vtObjectOutputNumber_a().scale != scale) {
-    changeFloat(object, outputNumberScale, scale);
+    changeFloat(object, scale, outputNumberScale);
   }
 }
 
 void SetVtScale(iVtObjectInputNumber_c& object, float scale, bool force) {
   if (force || object.get_vtObjectInputNumber_a().scale != scale) {
-    changeFloat(object, inputNumberScale, scale);
+    changeFloat(object, scale, inputNumberScale);
   }
 }
 
@@ -250,13 +272,13 @@ void SetVtScale(iVtObjectInputNumber_c& object, float scale, bool force) {
 
 void SetVtObjectColour(iVtObjectLinearBarGraph_c& object, unsigned char colour, bool force) {
   if (force || object.get_vtObjectLinearBarGraph_a().colour != colour) {
-    changeColour(object, barGraphColour, colour, BarGraphColour);
+    changeColour(object, colour, barGraphColour, BarGraphColour);
   }
 }
 
 void SetVtBackColor(iVtObjectKey_c& object, unsigned char colour, bool force) {
   if (force || object.get_vtObjectKey_a().backgroundColour != colour) {
-    changeColour(object, keyBackgroundColour, colour, BackgroundColour);
+    changeColour(object, colour, keyBackgroundColour, BackgroundColour);
   }
 }
 
@@ -271,7 +293,7 @@ void SetVtListIndex(iVtObjectInputList_c& object, unsigned char index, iVtObject
 // Skips what would change the list and sends what it is already. On purpose.
 void SetVtObjectEnable(iVtObjectInputList_c& object, bool enable, bool force) {
   if (force || object.get_vtObjectInputList_a().options != (enable ? 0 : 1)) {
-    object.able(enable ? 1 : 0, updateRecord, mustNotReplace);
+    able(object, enable ? 1 : 0, updateRecord);
   }
 }
 
@@ -279,13 +301,13 @@ void SetVtObjectEnable(iVtObjectInputList_c& object, bool enable, bool force) {
 
 void SetVtEnableObject(iVtObjectInputNumber_c& object, bool b, bool force) {
   if (force || ((object.get_vtObjectInputNumber_a().options2 & enabledBit) != 0) != b) {
-    object.able(1, b, mustNotReplace);
+    able(object, 1, b);
   }
 }
 
 void SetVtDisableObject(iVtObjectInputNumber_c& object, bool b, bool force) {
   if (force || ((object.get_vtObjectInputNumber_a().options2 & enabledBit) != 0) != b) {
-    object.able(0, b, mustNotReplace);
+    able(object, 0, b);
   }
 }
 
@@ -293,19 +315,19 @@ void SetVtDisableObject(iVtObjectInputNumber_c& object, bool b, bool force) {
 
 void SetVtEnableObject(iVtObjectInputBoolean_c& object, bool b, bool force) {
   if (force || (object.get_vtObjectInputBoolean_a().enabled != 0) != b) {
-    object.able(1, b, mustNotReplace);
+    able(object, 1, b);
   }
 }
 
 void SetVtDisableObject(iVtObjectInputBoolean_c& object, bool b, bool force) {
   if (force || (object.get_vtObjectInputBoolean_a().enabled == 0) != b) {
-    object.able(0, b, mustNotReplace);
+    able(object, 0, b);
   }
 }
 
 void ShowVtContainer(iVtObjectContainer_c& object, bool show, bool force) {
   if (force || object.get_vtObjectContainer_a().hidden != (show ? 0 : 1)) {
-    object.hideShow(show ? 1 : 0, updateRecord, mustNotReplace);
+    hideOrShow(object, show ? 1 : 0);
   }
 }
 

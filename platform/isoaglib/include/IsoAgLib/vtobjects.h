@@ -89,7 +89,9 @@ public:
   //
   //   Fails    without a record it is an assertion ("vtObject_a") by the convention of isoaglib_assert_callStart;
   //            waived, a record of zeroes is given
-  IsoAgLib::iVtObject_s& get_vtObject_a() const { return vtObject_a == nullptr ? missingRecord() : *vtObject_a; }
+  IsoAgLib::iVtObject_s& get_vtObject_a() const {
+    return __builtin_expect(vtObject_a == nullptr, false) ? missingRecord() : *vtObject_a;
+  }
 
   // saveValue...SetAttribute: sends a change of an attribute (Change Attribute command), and writes the record first.
   //
@@ -115,7 +117,9 @@ protected:
   void setRecord(IsoAgLib::iVtObject_s* record) { vtObject_a = record; }
 
 private:
-  static IsoAgLib::iVtObject_s& missingRecord();
+  // Virtual for the accessor's sake, which is inlined: a call by the table costs a setter nothing while there is a
+  // record.
+  virtual IsoAgLib::iVtObject_s& missingRecord() const;
 
   IsoAgLib::iVtObject_s* vtObject_a = nullptr;
   unsigned int m_multitonInstance = 0;

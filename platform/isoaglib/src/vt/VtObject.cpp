@@ -112,7 +112,7 @@ void vtObject_c::attach(unsigned int multitonInstance, uint8_t clientID) {
 }
 
 // The record of the report is part of the interface and does not follow the lines of a file: the line is 0.
-iVtObject_s& vtObject_c::missingRecord() {
+iVtObject_s& vtObject_c::missingRecord() const {
   if (!isoaglib_assert_callStart()) {
     __assert_fail("vtObject_a", "IsoAgLib/comm/Part6_VirtualTerminal_Client/impl/vtobject_c", 0,
                   "IsoAgLib::iVtObject_s& __IsoAgLib::vtObject_c::get_vtObject_a()");
