@@ -280,6 +280,23 @@ __attribute__((noinline)) inline void takeRuns(const uint16_t** source, const ui
   *target = cursors.target;
 }
 
+// Converts the whole of a text without surrogates where nobody cares about what stands behind the result.
+//
+//   Takes    target: room for three bytes for each unit and spareBytes
+//   Gives    the end of the result, null for a text with surrogates
+inline uint8_t* takeWithoutSurrogates(const uint16_t* text, std::size_t size, uint8_t* target) {
+  __m128i surrogates = _mm_setzero_si128();
+  visitUnits(text, size, [&](__m128i block) {
+    surrogates = _mm_or_si128(surrogates, surrogatesOf(block));
+    const Bytes_s result = bytesOf(block);
+    result.write(target);
+    target += result.count();
+  });
+  // The zeros behind the last units have become a byte each.
+  const std::size_t zeros = (unitsOfBlock - size % unitsOfBlock) % unitsOfBlock;
+  return maskOf(surrogates) == 0 ? target - zeros : nullptr;
+}
+
 // Converts UTF-16 while there are well-formed characters and room for them.
 inline void takeFast(const uint16_t** source, const uint16_t* sourceEnd, uint8_t** target, uint8_t* targetEnd) {
   const std::size_t size = unitsBetween(*source, sourceEnd);

@@ -1,5 +1,6 @@
 #include "string_util.h"
 
+#include "Utf16Blocks.h"
 #include "Utf8Blocks.h"
 #include "UtfConversion.h"
 #include "UtfSimple.h"
@@ -13,30 +14,27 @@ namespace {
 constexpr uint16_t byteOrderMark = 0xFEFF;
 constexpr std::size_t markSize = sizeof byteOrderMark;
 
-// Room for the units of a result: on the stack for a label, on the heap for what is longer. More than asked for, which
-// the conversion likes.
-template <class Unit_t>
-class WorkBuffer_c {
-public:
-  explicit WorkBuffer_c(std::size_t size)
-      : m_long(size + spare > m_short.size() ? new Unit_t[size + spare] : nullptr),
-        m_begin(m_long == nullptr ? m_short.data() : m_long.get()), m_end(m_begin + size + spare) {}
+// More than a result can need, which the conversions like.
+constexpr std::size_t spareRoom = 32;
 
-  Unit_t* begin() { return m_begin; }
-  Unit_t* end() { return m_end; }
-
-  std::string textUpTo(const Unit_t* end) const {
-    return {reinterpret_cast<const char*>(m_begin), static_cast<std::size_t>(end - m_begin) * sizeof(Unit_t)};
+// Lets a result of at most so many units be made by convert(begin, end): on the stack for a label, on the heap for what
+// is longer.
+template <class Unit_t, class Convert_c>
+std::string inRoomFor(std::size_t size, const Convert_c& convert) {
+  constexpr std::size_t shortRoom = 256 / sizeof(Unit_t);
+  const std::size_t room = size + spareRoom;
+  if (room <= shortRoom) {
+    std::array<Unit_t, shortRoom> units; // NOLINT: filled by the conversion
+    return convert(units.data(), units.data() + room);
   }
+  const std::unique_ptr<Unit_t[]> units(new Unit_t[room]);
+  return convert(units.get(), units.get() + room);
+}
 
-private:
-  static constexpr std::size_t spare = 32;
-
-  std::array<Unit_t, 256 / sizeof(Unit_t)> m_short;
-  std::unique_ptr<Unit_t[]> m_long;
-  Unit_t* m_begin;
-  Unit_t* m_end;
-};
+template <class Unit_t>
+std::string textOf(const Unit_t* begin, const Unit_t* end) {
+  return {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin) * sizeof(Unit_t)};
+}
 
 // The record is fixed: line numbers are part of what is documented.
 void printError(int line, const char* function, const char* message) {
@@ -54,6 +52,20 @@ bool isWellFormedText(const unsigned char* s, int length) {
 #else
   static_cast<void>(s);
   return length <= 0;
+#endif
+}
+
+constexpr std::size_t longestLabel = 64; // in units
+
+// Converts the whole of a label without surrogates, as most are; gives null for another text.
+uint8_t* convertLabel(const uint16_t* text, std::size_t size, uint8_t* target) {
+#if defined(ZEMO_UTF_BLOCKS)
+  return size <= longestLabel && Utf::hasShuffle() ? Utf::takeWithoutSurrogates(text, size, target) : nullptr;
+#else
+  static_cast<void>(text);
+  static_cast<void>(size);
+  static_cast<void>(target);
+  return nullptr;
 #endif
 }
 
@@ -128,15 +140,16 @@ void trimToValidUtf8String(std::string& s) {
 }
 
 std::string ConvertUtf8String2BomString(const std::string& utf8) {
-  WorkBuffer_c<uint16_t> work(1 + utf8.size());
-  const auto* source = reinterpret_cast<const uint8_t*>(utf8.data());
-  uint16_t* target = work.begin();
-  *target++ = byteOrderMark;
-  if (ConvertUTF8toUTF16(&source, source + utf8.size(), &target, work.end(), Utf::strict) != Utf::ok) {
-    printError(91, "ConvertUtf8String2BomString", " UTF8 to UTF16 conversion error ");
-    target = work.begin() + 1;
-  }
-  return work.textUpTo(target);
+  return inRoomFor<uint16_t>(1 + utf8.size(), [&utf8](uint16_t* begin, uint16_t* end) {
+    const auto* source = reinterpret_cast<const uint8_t*>(utf8.data());
+    uint16_t* target = begin;
+    *target++ = byteOrderMark;
+    if (ConvertUTF8toUTF16(&source, source + utf8.size(), &target, end, Utf::strict) != Utf::ok) {
+      printError(91, "ConvertUtf8String2BomString", " UTF8 to UTF16 conversion error ");
+      target = begin + 1;
+    }
+    return textOf<uint16_t>(begin, target);
+  });
 }
 
 std::string ConvertBomString2Utf8String(const std::string& bom) {
@@ -144,12 +157,18 @@ std::string ConvertBomString2Utf8String(const std::string& bom) {
     return {};
   }
   const std::size_t size = (bom.size() - markSize) / sizeof(uint16_t);
-  WorkBuffer_c<uint8_t> work(3 * size);
   const auto* source = reinterpret_cast<const uint16_t*>(bom.data() + markSize);
-  uint8_t* target = work.begin();
-  if (ConvertUTF16toUTF8(&source, source + size, &target, work.end(), Utf::strict) != Utf::ok) {
-    printError(118, "ConvertBomString2Utf8String", " UTF16 to UTF8 conversion error ");
-    return {};
+  std::array<uint8_t, 3 * longestLabel + spareRoom> label; // NOLINT: filled by the conversion
+  if (const uint8_t* labelEnd = convertLabel(source, size, label.data())) {
+    return textOf<uint8_t>(label.data(), labelEnd);
   }
-  return work.textUpTo(target);
+  return inRoomFor<uint8_t>(3 * size, [source, size](uint8_t* begin, uint8_t* end) -> std::string {
+    const uint16_t* place = source;
+    uint8_t* target = begin;
+    if (ConvertUTF16toUTF8(&place, source + size, &target, end, Utf::strict) != Utf::ok) {
+      printError(118, "ConvertBomString2Utf8String", " UTF16 to UTF8 conversion error ");
+      return {};
+    }
+    return textOf<uint8_t>(begin, target);
+  });
 }
