@@ -130,6 +130,14 @@ void Pool_c::eventCommandFailed(uint8_t command, uint16_t objectID, uint8_t erro
   tell("failed " + hexOf({command}) + " " + decimal(objectID) + " " + hexOf({error}));
 }
 
+uint8_t Pool_c::convertColour(uint8_t colour, const IsoAgLib::iVtProperties_s& properties,
+                              const IsoAgLib::iVtObject_c* object, IsoAgLib::e_vtColour kind) {
+  if (onColour) {
+    onColour();
+  }
+  return iVtObjectPool_c::convertColour(colour, properties, object, kind);
+}
+
 // --- The VT
 
 const char* const PlayedVt_c::standardName = "01 00 00 00 00 1D 00 A0";

@@ -39,6 +39,8 @@ public:
   void eventStringValue(uint16_t objectID, const char* text, uint8_t length) override;
   void eventSelectInput(uint16_t objectID, bool isSelected, bool isOpen) override;
   void eventCommandFailed(uint8_t command, uint16_t objectID, uint8_t error) override;
+  uint8_t convertColour(uint8_t colour, const IsoAgLib::iVtProperties_s& properties,
+                        const IsoAgLib::iVtObject_c* object, IsoAgLib::e_vtColour kind) override;
 
   // set: changes the value of the variable 1400.
   bool set(uint32_t value, bool mayReplace = true) { return variable.setValue(value, true, mayReplace); }
@@ -47,6 +49,7 @@ public:
 
   Texts told;
   std::function<void(const std::string&)> onTold; // what the application does when it is told something
+  std::function<void()> onColour;                 // what the application does when it is asked for a colour
   IsoAgLib::iVtProperties_s vt{};
 
   IsoAgLib::iVtObjectWorkingSet_c workingSet;

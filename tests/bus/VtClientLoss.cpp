@@ -251,6 +251,15 @@ TEST_F(VtClientLoss, ByClosingEverythingInACallBackIsSafe) {
   EXPECT_EQ(Host::node(0), nullptr);
 }
 
+TEST_F(VtClientLoss, ByDeregisteringWhenAskedForAColourIsSafe) {
+  PlayedVt_c& vt = startVt();
+  registerPool();
+  pool.onColour = [this] { client().deregisterObjectPool(pool); };
+  run(5000);
+  EXPECT_EQ(client().getClientByID(0).connectionState(), nullptr);
+  EXPECT_EQ(count(vt.take(), "11 ..."), 0);
+}
+
 TEST_F(VtClientLoss, ByDeregisteringInTheSelectionIsSafe) {
   startVt();
   registerPool().setVtServerSelection([this](const IsoAgLib::iIsoName_c&) {

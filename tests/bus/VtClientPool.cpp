@@ -264,6 +264,27 @@ TEST_F(VtClientPool, CountsNoStatusOfAnotherVt) {
   EXPECT_EQ(count(vt.heard, endOfPool), 1);
 }
 
+TEST_F(VtClientPool, WaitsAsLongAsTheVtIsBusyWithStoringIt) {
+  PlayedVt_c& vt = startVt();
+  vt.silent(0xD0);
+  vt.busy = "02";
+  registerPool("LABEL");
+  run(10000);
+  EXPECT_EQ(count(vt.heard, store), 1);
+  EXPECT_EQ(connection().state(), IsoAgLib::VtClientUploadsPool);
+}
+
+TEST_F(VtClientPool, TakesNoAnswerWhileItIsBeingSent) {
+  PlayedVt_c& vt = startVt();
+  vt.node().setMultiReceive(false);
+  registerPool();
+  run(1000);
+  vt.say("12 00 FF FF FF FF 00 FF");
+  run(100);
+  EXPECT_EQ(connection().state(), IsoAgLib::VtClientUploadsPool);
+  EXPECT_EQ(statistics().messagesIgnored, 1U);
+}
+
 TEST_F(VtClientPool, GivesUpAfterThreeEndsOfPoolWithoutAnswer) {
   PlayedVt_c& vt = startVt();
   vt.silent(0x12);

@@ -106,6 +106,18 @@ TEST_F(VtClientStart, WaitsForTheAddressOfTheIdentity) {
   EXPECT_EQ(vt.take(), Texts{});
 }
 
+TEST_F(VtClientStart, WaitsForeverForAnIdentityOfTheOtherInstance) {
+  IsoAgLib::iIdentItem_c second;
+  Storage_s store;
+  startStack(1, second, store, "08 00 00 00 00 80 00 A0");
+  startVt();
+  client().initAndRegisterObjectPool(second, pool);
+  run(5000);
+  EXPECT_TRUE(second.isClaimedAddress());
+  EXPECT_EQ(connection().state(), IsoAgLib::VtClientWaitsForAddress);
+  client().deregisterObjectPool(pool);
+}
+
 TEST_F(VtClientStart, WaitsForAStatusOfAVt) {
   PlayedVt_c& vt = startVt();
   vt.isOn = false;

@@ -46,7 +46,7 @@ bool VtConnectionLink_c::sendLong(std::vector<uint8_t> bytes) {
   const OwnFunction_c* from = function();
   IsoMessage_s message{VtPgn::toVt, vtPriority, nullAddress, m_vtAddress, std::move(bytes)};
   const auto told = [transfer = m_transfer](bool sent) { *transfer = sent ? Transfer_e::sent : Transfer_e::failed; };
-  const bool isTaken = from != nullptr && !isHeld() && nodeOf(m_instance)->send(*from, std::move(message), told);
+  const bool isTaken = from != nullptr && nodeOf(m_instance)->send(*from, std::move(message), told);
   *m_transfer = isTaken ? Transfer_e::underWay : Transfer_e::failed;
   return isTaken;
 }

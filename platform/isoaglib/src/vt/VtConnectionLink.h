@@ -42,8 +42,8 @@ public:
   // send: sends a message of up to 8 bytes to the VT, filled with FF. Takes no memory from the heap.
   bool send(const uint8_t* bytes, std::size_t length);
 
-  // sendLong: sends a message of any length, one at a time; transfer() tells how far it is. False, and transfer() is
-  // failed, when it was not taken.
+  // sendLong: sends a message of any length, one at a time and not while the way is held; transfer() tells how far it
+  // is. False, and transfer() is failed, when it was not taken.
   enum class Transfer_e { none, underWay, sent, failed };
   bool sendLong(std::vector<uint8_t> bytes);
   Transfer_e transfer() const { return *m_transfer; }
