@@ -118,3 +118,19 @@ TEST_F(VtObjectWithoutRecord, AsksNobodyOnceItHasOne) {
   EXPECT_EQ(9, key.getID());
   EXPECT_EQ("", journalText());
 }
+
+TEST_F(VtObjectWithoutRecord, GoesOnWithARecordThatTheHookGaveIt) {
+  const Ending_s ending = runInChild([] {
+    iVtObjectKey_c key;
+    iVtObjectKey_s record{};
+    record.object.ID = 9;
+    Host::faults().assertCallStart = [&] {
+      key.init(&record);
+      return false;
+    };
+    std::cout << key.getID();
+  });
+  EXPECT_EQ(0, ending.exitStatus);
+  EXPECT_EQ("9", ending.standardOutput);
+  EXPECT_EQ("isoaglib_assert_callStart() = false\nisoaglib_assert_callFinish()\n", ending.journal);
+}

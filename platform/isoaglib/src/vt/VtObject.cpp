@@ -54,6 +54,13 @@ constexpr std::size_t largestRecord() {
   return largest;
 }
 
+// Zeroed each time: what was written into it for one object is not seen by the next.
+iVtObject_s& recordOfZeroes() {
+  alignas(std::max_align_t) static std::array<unsigned char, largestRecord()> zeroes;
+  zeroes.fill(0);
+  return *reinterpret_cast<iVtObject_s*>(zeroes.data());
+}
+
 // The enabled state of an input object; the other types have none.
 void storeEnabled(iVtObjectType_t type, iVtObject_s& record, bool isEnabled) {
   constexpr uint8_t enabledBit = 1;
@@ -113,14 +120,15 @@ void vtObject_c::attach(unsigned int multitonInstance, uint8_t clientID) {
 
 // The record of the report is part of the interface and does not follow the lines of a file: the line is 0.
 iVtObject_s& vtObject_c::missingRecord() const {
-  if (!isoaglib_assert_callStart()) {
+  if (isoaglib_assert_callStart()) {
+    return recordOfZeroes();
+  }
+  if (vtObject_a == nullptr) {
     __assert_fail("vtObject_a", "IsoAgLib/comm/Part6_VirtualTerminal_Client/impl/vtobject_c", 0,
                   "IsoAgLib::iVtObject_s& __IsoAgLib::vtObject_c::get_vtObject_a()");
   }
-  // Zeroed each time: what was written into it for one object is not seen by the next.
-  alignas(std::max_align_t) static std::array<unsigned char, largestRecord()> zeroes;
-  zeroes.fill(0);
-  return *reinterpret_cast<iVtObject_s*>(zeroes.data());
+  isoaglib_assert_callFinish();
+  return *vtObject_a;
 }
 
 bool vtObject_c::saveValue8SetAttribute(uint16_t fieldPosition, uint16_t recordLength, uint8_t attributeID,
@@ -166,6 +174,7 @@ bool vtObject_c::saveValuePSetAttribute(uint16_t fieldPosition, uint16_t recordL
   iVtObject_s& record = get_vtObject_a();
   journalVtCall(record.ID, "saveValuePSetAttribute", fieldPosition, recordLength, attributeID, object,
                 enableReplaceOfCommand);
+  // NOLINTNEXTLINE: it is the pointer that is stored
   storeField(objectType(), record, fieldPosition, recordLength, &object, sizeof object);
   return sendAttribute(*this, record.ID, attributeID, vtObjectID(object), enableReplaceOfCommand);
 }
