@@ -139,7 +139,7 @@ std::string Demonstration_c::runUntil(uint64_t endMs, const Condition_c& conditi
 
 std::string Demonstration_c::connect() {
   const uint64_t startMs = HostClock::nowMs();
-  const std::string error =
+  std::string error =
       runUntil(startMs + patienceMs, [this] { return m_sprayer.isConnected() || !m_sprayer.refusal().empty(); });
   if (!error.empty()) {
     return error;
@@ -172,7 +172,7 @@ std::string Demonstration_c::drive(const std::vector<DriveRow_s>& rows, bool for
     m_sprayer.show(row, force);
     ++pass.refreshes;
     pass.mostWaiting = std::max(pass.mostWaiting, m_sprayer.commandsWaiting());
-    const std::string error = runUntil(startMs + pass.refreshes * refreshMs, [] { return false; });
+    std::string error = runUntil(startMs + pass.refreshes * refreshMs, [] { return false; });
     if (!error.empty()) {
       return error;
     }
@@ -183,7 +183,7 @@ std::string Demonstration_c::drive(const std::vector<DriveRow_s>& rows, bool for
   pass.milliseconds = HostClock::nowMs() - startMs;
   pass.traffic = {m_traffic.frames - trafficBefore.frames, m_traffic.bits - trafficBefore.bits};
   pass.setterCalls = m_sprayer.setterCalls() - callsBefore;
-  const std::string error =
+  std::string error =
       runUntil(HostClock::nowMs() + settleMs, [this] { return m_sprayer.commandsWaiting() == 0; });
   pass.commands = vtClientStatistics(connection).commandsSent - commandsBefore;
   return error;

@@ -370,7 +370,7 @@ void Terminal_c::answer(uint8_t destination, Bytes bytes) {
   } else if (fault.kind == AnswerFault_s::wrong) {
     const auto last = std::find_if(bytes.rbegin(), bytes.rend(), [](uint8_t byte) { return byte != unusedByte; });
     *last = static_cast<uint8_t>(~*last);
-    send(destination, fault.bytes.empty() ? std::move(bytes) : fault.bytes);
+    send(destination, fault.bytes.empty() ? bytes : fault.bytes);
   }
 }
 

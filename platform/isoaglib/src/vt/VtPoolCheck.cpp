@@ -53,7 +53,7 @@ Problem_t checkObject(Object_t object, std::size_t index) {
 
 Problem_t checkEachAlone(const Objects_t& objects) {
   for (std::size_t index = 0; index < objects.size(); ++index) {
-    const Problem_t problem = checkObject(objects[index], index);
+    Problem_t problem = checkObject(objects[index], index);
     if (!problem.empty()) {
       return problem;
     }
@@ -98,7 +98,7 @@ Problem_t checkField(const VtField_s& field, Object_t object) {
 Problem_t checkFields(const Objects_t& objects) {
   for (const Object_t object : objects) {
     for (const VtField_s& field : *vtLayoutOf(object->objectType())) {
-      const Problem_t problem = checkField(field, object);
+      Problem_t problem = checkField(field, object);
       if (!problem.empty()) {
         return problem;
       }
@@ -138,7 +138,7 @@ Problem_t checkReferences(const Objects_t& objects) {
   for (const Object_t object : objects) {
     forEachVtReference(*vtLayoutOf(object->objectType()), VtRecord_c(object->get_vtObject_a()),
                        [&](const VtField_s& field, std::size_t index, const iVtObject_c* target) {
-                         const Problem_t problem = checkReference(field, target, objects, places);
+                         Problem_t problem = checkReference(field, target, objects, places);
                          if (first.empty() && !problem.empty()) {
                            first = placeOf(field, index, object) + problem;
                          }
@@ -220,7 +220,7 @@ Problem_t checkLoops(const Objects_t& objects) {
 std::string checkVtPool(const iVtObjectPool_c& pool) {
   const Objects_t objects(pool.objects(), pool.objects() + pool.count());
   for (const auto check : {checkEachAlone, checkIDs, checkWorkingSets, checkFields, checkReferences, checkLoops}) {
-    const Problem_t problem = check(objects);
+    Problem_t problem = check(objects);
     if (!problem.empty()) {
       return problem;
     }

@@ -70,7 +70,7 @@ public:
   template <class Value_t>
   Value_t at(uint16_t position) const {
     Value_t value;
-    std::memcpy(&value, m_bytes + position, sizeof value);
+    std::memcpy(&value, m_bytes + position, sizeof value); // NOLINT: of a reference it is the pointer that is read
     return value;
   }
 
