@@ -183,8 +183,7 @@ std::string Demonstration_c::drive(const std::vector<DriveRow_s>& rows, bool for
   pass.milliseconds = HostClock::nowMs() - startMs;
   pass.traffic = {m_traffic.frames - trafficBefore.frames, m_traffic.bits - trafficBefore.bits};
   pass.setterCalls = m_sprayer.setterCalls() - callsBefore;
-  std::string error =
-      runUntil(HostClock::nowMs() + settleMs, [this] { return m_sprayer.commandsWaiting() == 0; });
+  std::string error = runUntil(HostClock::nowMs() + settleMs, [this] { return m_sprayer.commandsWaiting() == 0; });
   pass.commands = vtClientStatistics(connection).commandsSent - commandsBefore;
   return error;
 }
