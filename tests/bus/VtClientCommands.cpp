@@ -1,6 +1,7 @@
 #include "VtClientBus.h"
 
 #include "../../platform/isoaglib/src/vt/VtCommandQueue.h"
+#include "../../platform/isoaglib/src/vt/VtSeam.h"
 
 #include <algorithm>
 
@@ -243,6 +244,43 @@ TEST_F(VtClientCommands, WhoseTransferFailsAreRepeatedAndGivenUp) {
   run(500);
   EXPECT_EQ(pool.take(), Texts{"failed B3 1500 FF"});
   EXPECT_EQ(vt->take(), Texts{valueCommand(1)});
+}
+
+TEST_F(VtClientCommands, WithLongTextsAreAwaitedFromTheEndOfTheirTransferOn) {
+  vt->node().setMultiReceive(false);
+  pool.text.setValueCopy("some text", true, true);
+  for (int hold = 0; hold < 5; ++hold) {
+    run(500);
+    vt->port().send(BusText::frameOf("1CEC8026 11 00 FF FF FF 00 E7 00"));
+  }
+  EXPECT_EQ(statistics().commandsRepeated, 0U);
+  vt->port().send(BusText::frameOf("1CEC8026 11 02 01 FF FF 00 E7 00"));
+  run(10);
+  vt->port().send(BusText::frameOf("1CEC8026 13 0E 00 02 FF 00 E7 00"));
+  run(1480);
+  EXPECT_EQ(statistics().commandsRepeated, 0U);
+  run(30);
+  EXPECT_EQ(statistics().commandsRepeated, 1U);
+}
+
+TEST_F(VtClientCommands, WithLongTextsGiveTheirRoomBack) {
+  __IsoAgLib::getMultiSendInstance(0).close();
+  std::vector<uint8_t> text(60000, 'x');
+  text[0] = 0xB3;
+  for (std::size_t round = 0; round <= maxVtTextBytes / text.size(); ++round) {
+    EXPECT_TRUE(queueVtCommand(pool.text, text.data(), text.size(), false)) << round;
+    run(4600);
+    EXPECT_EQ(connection().commandsWaiting(), 0U);
+  }
+}
+
+TEST_F(VtClientCommands, ThatAreNoneAreRefusedAndCounted) {
+  const uint8_t unknown[] = {0x99, 0, 0, 0, 0, 0, 0, 0};
+  const uint8_t cut[] = {0xA8, 0x78, 0x05};
+  EXPECT_FALSE(queueVtCommand(pool.text, unknown, sizeof unknown, true));
+  EXPECT_FALSE(queueVtCommand(pool.text, cut, sizeof cut, true));
+  EXPECT_EQ(statistics().commandsRefused, 2U);
+  EXPECT_EQ(connection().commandsWaiting(), 0U);
 }
 
 TEST_F(VtClientCommands, WithLongTextsEndTheApplicationsSleep) {

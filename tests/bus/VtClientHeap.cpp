@@ -2,6 +2,8 @@
 #include "LibraryCalls.h"
 #include "VtClientBus.h"
 
+#include "../../platform/isoaglib/src/vt/VtCommandQueue.h"
+
 #include <new>
 
 using namespace IsoBusHost;
@@ -74,6 +76,16 @@ TEST_F(VtClientHeap, IsNotUsedByTextsThatReplaceEachOther) {
   pool.text.setValueCopy("longer txt", true, true);
   for (const char* text : {"first text", "second one", "third text"}) {
     EXPECT_EQ(taken([&] { pool.text.setValueCopy(text, true, true); }), 0U);
+  }
+}
+
+TEST_F(VtClientHeap, IsGivenBackByTextsThatAreVeryLong) {
+  VtCommandQueue_c queue;
+  std::vector<uint8_t> text(5000, 'x');
+  text[0] = 0xB3;
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_EQ(taken([&] { queue.put(text.data(), text.size(), true); }), round == 0 ? 3U : 1U);
+    queue.clear();
   }
 }
 

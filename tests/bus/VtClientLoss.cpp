@@ -104,6 +104,14 @@ TEST_F(VtClientLoss, OfTheVtsAddressBeginsAgainAtTheNewOne) {
   EXPECT_EQ(pool.take(), Texts{"disconnected"});
 }
 
+TEST_F(VtClientLoss, OfTheVtsAddressToAnotherIsTold) {
+  PlayedVt_c& vt = connect();
+  vt.isThere = false;
+  vt.port().send(BusText::frameOf("18EEFF26 01 00 00 00 00 1C 00 A0")); // a NAME of higher priority
+  run(10);
+  EXPECT_EQ(pool.take(), Texts{"disconnected"});
+}
+
 TEST_F(VtClientLoss, OfTheOwnAddressIsToldOnce) {
   PlayedVt_c& vt = connect();
   CanFrame_s claim = BusText::frameOf("18EEFF80 01 00 00 00 00 10 00 A0"); // a NAME of higher priority

@@ -85,7 +85,7 @@ void VtCommandQueue_c::release(const VtCommand_s& command) {
   std::vector<uint8_t>& text = m_texts[command.slot];
   m_textBytes -= command.length;
   if (text.capacity() > keptTextBytes) {
-    text = {};
+    std::vector<uint8_t>().swap(text);
   }
   m_freeTexts.push_back(command.slot);
 }
