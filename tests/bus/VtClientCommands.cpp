@@ -263,6 +263,21 @@ TEST_F(VtClientCommands, WithLongTextsAreAwaitedFromTheEndOfTheirTransferOn) {
   EXPECT_EQ(statistics().commandsRepeated, 1U);
 }
 
+TEST_F(VtClientCommands, WaitForATransferThatIsStillUnderWayAfterItsAnswer) {
+  vt->node().setMultiReceive(false);
+  pool.text.setValueCopy("some text", true, true);
+  run(10);
+  vt->say("B3 FF FF DC 05 00 FF FF"); // before it has the text
+  run(10);
+  EXPECT_EQ(connection().commandsWaiting(), 0U);
+  pool.set(1);
+  run(10);
+  EXPECT_EQ(statistics().commandsSent, 1U);
+  vt->port().send(BusText::frameOf("1CEC8026 FF 02 FF FF FF 00 E7 00"));
+  run(10);
+  EXPECT_EQ(statistics().commandsSent, 2U);
+}
+
 TEST_F(VtClientCommands, WithLongTextsGiveTheirRoomBack) {
   __IsoAgLib::getMultiSendInstance(0).close();
   std::vector<uint8_t> text(60000, 'x');
