@@ -7,9 +7,13 @@
 #include <VtText.h>
 #include <string_util.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <numeric>
+#include <random>
+#include <utility>
 
 namespace {
 
@@ -36,6 +40,10 @@ __attribute__((noinline)) void operator delete(void* block, std::size_t /*size*/
 
 namespace {
 
+const std::string latinPhrase = "Arbeitsbreite für Düngung über größere Flächen ändern, Höhe prüfen";
+const std::string greekPhrase = "Πλάτος εργασίας και ταχύτητα ψεκασμού σήμερα";
+const std::string cyrillicPhrase = "Рабочая ширина и скорость опрыскивания поля";
+
 constexpr int calls = 20000;
 constexpr int rounds = 400;
 
@@ -55,10 +63,7 @@ public:
     m_next = m_next + 1 == m_count ? 0 : m_next + 1;
     return m_objects[m_next];
   }
-  uint16_t nextID() {
-    m_next = m_next + 1 == m_count ? 0 : m_next + 1;
-    return static_cast<uint16_t>(1000 + m_next);
-  }
+  Object_c& operator[](std::size_t index) { return m_objects[index]; }
 
 private:
   std::vector<Record_s> m_records;
@@ -108,23 +113,52 @@ void unchangedColour(benchmark::State& state) {
   unchanged<Keys_c>(state, [](IsoAgLib::iVtObjectKey_c& object) { SetVtBackColor(object, 0, false); });
 }
 
-void besideKeyedTable(benchmark::State& state) {
-  const auto count = static_cast<std::size_t>(state.range(0));
-  Numbers_c ours(count);
-  Numbers_c peers(count);
+// The objects of a screen in an order that is none, as events and conditions of an application have it.
+std::vector<std::size_t> shuffledPlaces(std::size_t count) {
+  std::vector<std::size_t> places(count);
+  std::iota(places.begin(), places.end(), std::size_t{0});
+  std::shuffle(places.begin(), places.end(), std::mt19937(1));
+  return places;
+}
+
+// Calls each place of an order in turn.
+template <class Call>
+auto eachOf(const std::vector<std::size_t>& places, Call call) {
+  return [&places, call, next = std::size_t{0}]() mutable {
+    call(places[next]);
+    next = next + 1 == places.size() ? 0 : next + 1;
+  };
+}
+
+template <class Ours>
+void besideKeyedTable(benchmark::State& state, const std::vector<std::size_t>& places, Ours ours) {
+  constexpr uint16_t firstID = 1000;
   std::unordered_map<uint16_t, uint32_t> lastValues;
-  for (std::size_t index = 0; index < count; ++index) {
-    lastValues[peers.nextID()] = 0;
+  for (const std::size_t place : places) {
+    lastValues[static_cast<uint16_t>(firstID + place)] = 0;
   }
-  SideBySide::compare(
-      state, calls, [&] { SetVtObject(ours.next(), 0U, false); },
-      [&] { benchmark::DoNotOptimize(isNewValue(lastValues, peers.nextID(), 0)); });
+  SideBySide::compare(state, calls, eachOf(places, ours), eachOf(places, [&](std::size_t place) {
+                        benchmark::DoNotOptimize(isNewValue(lastValues, static_cast<uint16_t>(firstID + place), 0));
+                      }));
+}
+
+void besideKeyedTable(benchmark::State& state) {
+  const auto places = shuffledPlaces(static_cast<std::size_t>(state.range(0)));
+  Numbers_c numbers(places.size());
+  besideKeyedTable(state, places, [&](std::size_t place) { SetVtObject(numbers[place], 0U, false); });
+}
+
+// What is left to win: the call by itself beside the same table.
+void emptyFunctionBesideKeyedTable(benchmark::State& state) {
+  const auto places = shuffledPlaces(static_cast<std::size_t>(state.range(0)));
+  Numbers_c numbers(places.size());
+  besideKeyedTable(state, places, [&](std::size_t place) { emptyFunction(&numbers[place], 0, false); });
 }
 
 // An output string that holds a text, and the text.
 class Label_c {
 public:
-  explicit Label_c(std::size_t size, std::size_t length) : m_text(size, 'x'), m_storage(length + 1) {
+  Label_c(std::string text, std::size_t length) : m_text(std::move(text)), m_storage(length + 1) {
     m_record.length = static_cast<uint16_t>(length);
     m_record.value = m_storage.data();
     m_object.init(&m_record);
@@ -140,22 +174,33 @@ private:
   IsoAgLib::iVtObjectOutputString_c m_object;
 };
 
-void unchangedText8859(benchmark::State& state) {
+// So many bytes of a text, its last character whole.
+std::string bytesOf(const std::string& text, std::size_t size) {
+  std::size_t end = size;
+  while ((text[end] & 0xC0) == 0x80) {
+    --end;
+  }
+  return text.substr(0, end) + std::string(size - end, '.');
+}
+
+void unchangedText8859(benchmark::State& state, const std::string& phrase, uint8_t fontEncoding) {
   const auto size = static_cast<std::size_t>(state.range(0));
-  Label_c label(size, size);
+  setFontEncoding(fontEncoding);
+  Label_c label(bytesOf(phrase, size), size);
   SetVtObject(label.object(), label.text(), false, false);
   std::vector<char> target(size + 1);
   const auto set = [&] { SetVtObject(label.object(), label.text(), false, true); };
   countAllocations(state, set);
   SideBySide::compare(state, calls, set, [&] {
-    __IsoAgLib::convertStringUnicodeTo8859(label.text().data(), static_cast<uint16_t>(size), target.data(), 0);
+    __IsoAgLib::convertStringUnicodeTo8859(label.text().data(), static_cast<uint16_t>(size), target.data(),
+                                           fontEncoding);
     benchmark::ClobberMemory();
   });
 }
 
 void unchangedTextUtf16(benchmark::State& state) {
   const auto size = static_cast<std::size_t>(state.range(0));
-  Label_c label(size, 2 * size + 2);
+  Label_c label(std::string(size, 'x'), 2 * size + 2);
   SetVtObjectUTF8(label.object(), label.text(), false, false);
   const auto set = [&] { SetVtObjectUTF8(label.object(), label.text(), false, true); };
   countAllocations(state, set);
@@ -170,5 +215,29 @@ BENCHMARK(unchangedAttribute)->Arg(1)->Arg(1000)->UseManualTime()->Iterations(ro
 BENCHMARK(unchangedReference)->Arg(1)->Arg(1000)->UseManualTime()->Iterations(rounds);
 BENCHMARK(unchangedColour)->Arg(1)->Arg(1000)->UseManualTime()->Iterations(rounds);
 BENCHMARK(besideKeyedTable)->Arg(10)->Arg(1000)->UseManualTime()->Iterations(rounds);
-BENCHMARK(unchangedText8859)->Arg(8)->Arg(32)->Arg(64)->UseManualTime()->Iterations(rounds);
+BENCHMARK(emptyFunctionBesideKeyedTable)->Arg(10)->Arg(1000)->UseManualTime()->Iterations(rounds);
+BENCHMARK_CAPTURE(unchangedText8859, ascii, std::string(80, 'x'), uint8_t{0})
+    ->Arg(8)
+    ->Arg(32)
+    ->Arg(64)
+    ->UseManualTime()
+    ->Iterations(rounds);
+BENCHMARK_CAPTURE(unchangedText8859, latin, latinPhrase, uint8_t{0})
+    ->Arg(8)
+    ->Arg(32)
+    ->Arg(64)
+    ->UseManualTime()
+    ->Iterations(rounds);
+BENCHMARK_CAPTURE(unchangedText8859, greek, greekPhrase, uint8_t{7})
+    ->Arg(8)
+    ->Arg(32)
+    ->Arg(64)
+    ->UseManualTime()
+    ->Iterations(rounds);
+BENCHMARK_CAPTURE(unchangedText8859, cyrillic, cyrillicPhrase, uint8_t{5})
+    ->Arg(8)
+    ->Arg(32)
+    ->Arg(64)
+    ->UseManualTime()
+    ->Iterations(rounds);
 BENCHMARK(unchangedTextUtf16)->Arg(8)->Arg(32)->Arg(64)->UseManualTime()->Iterations(rounds);

@@ -1,5 +1,6 @@
 #include "VtText.h"
 
+#include "UtfBlocks.h"
 #include "string_util.h"
 
 #include <algorithm>
@@ -31,31 +32,123 @@ void growTo(uint32_t need) {
   g_capacity = need;
 }
 
-// Returns exactly `length` characters, which are valid until the next conversion.
-const char* convertTo8859(const std::string& text, uint16_t length) {
+// Short texts are many: what is cleared for them is stored in two or four pieces, which may overlap.
+void clear(char* target, std::size_t size) {
+  if (size < 8 || size > 64) {
+    std::memset(target, 0, size);
+    return;
+  }
+  if (size <= 16) {
+    std::memset(target, 0, 8);
+    std::memset(target + size - 8, 0, 8);
+    return;
+  }
+  std::memset(target, 0, 16);
+  std::memset(target + size - 16, 0, 16);
+  if (size > 32) {
+    std::memset(target + 16, 0, 16);
+    std::memset(target + size - 32, 0, 16);
+  }
+}
+
+// Leaves the text in the buffer, without the blanks behind it.
+void convertTo8859(const std::string& text, uint16_t length) {
   const uint32_t need = std::max(static_cast<uint32_t>(text.size()), uint32_t{length});
   growTo(need);
   if (g_converted == nullptr) {
-    return ""; // no conversion has needed a character yet
+    return; // no conversion has needed a character yet
   }
-  std::memset(g_converted, 0, need);
-  // The size modulo 65536, and blanks up to the capacity, not only up to need. On purpose.
+  clear(g_converted, need);
+  // The size modulo 65536. On purpose.
   __IsoAgLib::convertStringUnicodeTo8859(text.data(), static_cast<uint16_t>(text.size()), g_converted, g_fontEncoding);
+}
+
+// Makes the text exactly `length` characters long. They are valid until the next conversion.
+const char* padded(uint16_t length) {
+  if (g_converted == nullptr) {
+    return "";
+  }
+  // Blanks up to the capacity, not only as far as they are needed. On purpose.
   const std::size_t end = std::strlen(g_converted);
   std::memset(g_converted + end, ' ', g_capacity - end);
   g_converted[length] = '\0';
   return g_converted;
 }
 
-// Returns the text in the font encoding, null where the object has it already.
-const char* newText(const __IsoAgLib::vtObjectString_c& object, uint16_t length, const std::string& text, bool force) {
-  const char* converted = convertTo8859(text, length);
-  return force || std::strcmp(object.getValueText(), converted) != 0 ? converted : nullptr;
+// PaddedText_c: compares a value with a text and the blanks behind it, which are not there yet.
+class PaddedText_c {
+public:
+  PaddedText_c(const char* text, const char* value) : m_text(text), m_value(value) {}
+
+  // isValue: whether the value is the text, cut or with blanks, and ends behind `length` characters.
+  bool isValue(std::size_t length) {
+#if defined(ZEMO_UTF_BLOCKS)
+    while (length - m_place >= Utf::blockSize) {
+      if (!isNext(Utf::loadBlock(m_text + m_place), Utf::loadBlock(m_value + m_place), Utf::blockSize)) {
+        return false;
+      }
+    }
+    if (length - m_place >= halfBlock) {
+      if (!isNext(loadHalf(m_text + m_place), loadHalf(m_value + m_place), halfBlock)) {
+        return false;
+      }
+    }
+#endif
+    for (; m_place < length; ++m_place) {
+      m_bEnded = m_bEnded || m_text[m_place] == '\0';
+      if (m_value[m_place] != (m_bEnded ? ' ' : m_text[m_place])) {
+        return false;
+      }
+    }
+    return m_value[length] == '\0';
+  }
+
+private:
+#if defined(ZEMO_UTF_BLOCKS)
+  static constexpr std::size_t halfBlock = 8;
+
+  static __m128i loadHalf(const char* place) {
+    return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(place));
+  }
+
+  static uint32_t maskOf(__m128i bytes) {
+    return static_cast<uint32_t>(_mm_movemask_epi8(bytes));
+  }
+
+  bool isNext(__m128i text, __m128i value, std::size_t size) {
+    const uint32_t ends = maskOf(_mm_cmpeq_epi8(text, _mm_setzero_si128())) | (m_bEnded ? 1 : 0);
+    const uint32_t inText = (ends & (0 - ends)) - 1; // all below the first end
+    const uint32_t same = maskOf(_mm_cmpeq_epi8(text, value));
+    const uint32_t blank = maskOf(_mm_cmpeq_epi8(value, Utf::bytes(' ')));
+    const uint32_t all = (1U << size) - 1;
+    m_bEnded = (ends & all) != 0;
+    m_place += size;
+    return (((same & inText) | (blank & ~inText)) & all) == all;
+  }
+#endif
+
+  const char* m_text;
+  const char* m_value;
+  std::size_t m_place = 0;
+  bool m_bEnded = false;
+};
+
+bool isValue(const char* value, uint16_t length) {
+  if (value == nullptr || g_converted == nullptr) {
+    return length == 0 && (value == nullptr || value[0] == '\0');
+  }
+  return PaddedText_c(g_converted, value).isValue(length);
 }
 
-template <class String_c>
-void setText(String_c& object, uint16_t length, const std::string& text, bool force) {
-  if (const char* changed = newText(object, length, text, force)) {
+// Returns the text in the font encoding, null where the value is that already.
+const char* newText(const char* value, uint16_t length, const std::string& text, bool force) {
+  convertTo8859(text, length);
+  return force || !isValue(value, length) ? padded(length) : nullptr;
+}
+
+template <class String_c, class Record_s>
+void setText(String_c& object, const Record_s& record, const std::string& text, bool force) {
+  if (const char* changed = newText(record.value, record.length, text, force)) {
     object.setValueCopy(changed, updateRecord, mustNotReplace);
   }
 }
@@ -67,8 +160,9 @@ std::string paddedUtf16(const std::string& text, uint16_t length) {
 }
 
 // Only what the object has room for is compared.
-bool holds(const __IsoAgLib::vtObjectString_c& object, uint16_t length, const std::string& utf16) {
-  return std::memcmp(object.getValueText(), utf16.data(), std::min<std::size_t>(utf16.size(), length)) == 0;
+bool holds(const char* value, uint16_t length, const std::string& utf16) {
+  const std::size_t compared = std::min<std::size_t>(utf16.size(), length);
+  return compared == 0 || (value != nullptr && std::memcmp(value, utf16.data(), compared) == 0);
 }
 
 // Sends a text that is longer than the object whole. On purpose.
@@ -77,17 +171,17 @@ void sendUtf16(String_c& object, const std::string& utf16) {
   object.setValueCopyUTF16(utf16.data(), static_cast<uint16_t>(utf16.size()), updateRecord, mustNotReplace);
 }
 
-template <class String_c>
-void setUtf16(String_c& object, uint16_t length, const std::string& text, bool force) {
-  const std::string utf16 = paddedUtf16(text, length);
-  if (force || !holds(object, length, utf16)) {
+template <class String_c, class Record_s>
+void setUtf16(String_c& object, const Record_s& record, const std::string& text, bool force) {
+  const std::string utf16 = paddedUtf16(text, record.length);
+  if (force || !holds(record.value, record.length, utf16)) {
     sendUtf16(object, utf16);
   }
 }
 
-void store(iVtObjectOutputString_c& object, const char* text, uint16_t length) {
-  if (length > 0) { // without a length there may be no storage
-    std::memcpy(object.get_vtObjectOutputString_a().value, text, length);
+void store(const iVtObjectOutputString_s& record, const char* text) {
+  if (record.length > 0) { // without a length there may be no storage
+    std::memcpy(record.value, text, record.length);
   }
 }
 
@@ -104,11 +198,11 @@ void setFontEncoding(unsigned char encoding) {
 }
 
 void SetVtObject(iVtObjectStringVariable_c& object, const std::string& text, bool force) {
-  setText(object, object.get_vtObjectStringVariable_a().length, text, force);
+  setText(object, object.get_vtObjectStringVariable_a(), text, force);
 }
 
 void SetVtObject(iVtObjectInputString_c& object, const std::string& text, bool force) {
-  setText(object, object.get_vtObjectInputString_a().length, text, force);
+  setText(object, object.get_vtObjectInputString_a(), text, force);
 }
 
 bool SetVtObject(iVtObjectOutputString_c& object, const std::string& text, bool force, bool send) {
@@ -116,8 +210,8 @@ bool SetVtObject(iVtObjectOutputString_c& object, const std::string& text, bool 
     object.setValueCopy("", updateRecord, mustNotReplace);
     return false;
   }
-  const uint16_t length = object.get_vtObjectOutputString_a().length;
-  const char* changed = newText(object, length, text, force);
+  const auto& record = object.get_vtObjectOutputString_a();
+  const char* changed = newText(record.value, record.length, text, force);
   if (changed == nullptr) {
     return false;
   }
@@ -125,7 +219,7 @@ bool SetVtObject(iVtObjectOutputString_c& object, const std::string& text, bool 
     object.setValueCopy(changed, updateRecord, mustNotReplace);
     return false;
   }
-  store(object, changed, length);
+  store(record, changed);
   return true;
 }
 
@@ -135,9 +229,9 @@ bool SetVtObjectUTF8(iVtObjectOutputString_c& object, const std::string& text, b
     object.setValueCopy("", updateRecord, mustNotReplace);
     return false;
   }
-  const uint16_t length = object.get_vtObjectOutputString_a().length;
-  const std::string utf16 = paddedUtf16(text, length);
-  if (!force && holds(object, length, utf16)) {
+  const auto& record = object.get_vtObjectOutputString_a();
+  const std::string utf16 = paddedUtf16(text, record.length);
+  if (!force && holds(record.value, record.length, utf16)) {
     return false;
   }
   if (send) {
@@ -145,16 +239,16 @@ bool SetVtObjectUTF8(iVtObjectOutputString_c& object, const std::string& text, b
     return false;
   }
   // The terminating NUL of the text is there for an odd length.
-  store(object, utf16.c_str(), length);
+  store(record, utf16.c_str());
   return true;
 }
 
 void SetVtObjectUTF8(iVtObjectInputString_c& object, const std::string& text, bool force) {
-  setUtf16(object, object.get_vtObjectInputString_a().length, text, force);
+  setUtf16(object, object.get_vtObjectInputString_a(), text, force);
 }
 
 void SetVtObjectUTF8(iVtObjectStringVariable_c& object, const std::string& text, bool force) {
-  setUtf16(object, object.get_vtObjectStringVariable_a().length, text, force);
+  setUtf16(object, object.get_vtObjectStringVariable_a(), text, force);
 }
 
 void spacePadUTF16String(std::string& s, unsigned short length) {

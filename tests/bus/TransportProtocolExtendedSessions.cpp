@@ -145,8 +145,8 @@ TEST_F(ExtendedSessions, AreBoundedUnderAFlood) {
     CanFrame_s frame =
         frameOf(count % 4 == 0 ? "1CC82680 00 00 00 00 00 00 E7 00" : "1CC72680 00 00 00 00 00 00 00 00");
     frame.identifier += nextByte() % 64;
-    frame.data[0] = count % 4 == 0 ? controls.at(nextByte() % controls.size()) : nextByte() % 18;
-    frame.data[1] = nextByte() % 17;
+    frame.data[0] = count % 4 == 0 ? controls.at(nextByte() % controls.size()) : static_cast<uint8_t>(nextByte() % 18);
+    frame.data[1] = static_cast<uint8_t>(nextByte() % 17);
     frame.data[2] = frame.data[0] == 0x16 ? uint8_t{0} : nextByte();
     frame.data[3] = frame.data[0] == 0x14 ? nextByte() : uint8_t{0};
     left.protocol.handleFrame(frame);

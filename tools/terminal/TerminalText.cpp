@@ -109,7 +109,7 @@ std::u32string fromUtf16(const std::vector<uint8_t>& text) {
     const char32_t unit = unitAt(at);
     const char32_t next = unitAt(at + 2);
     if (unit >= 0xD800 && unit < 0xDC00 && next >= 0xDC00 && next < 0xE000) {
-      characters += 0x10000 + ((unit - 0xD800) << 10U) + (next - 0xDC00);
+      characters += static_cast<char32_t>(0x10000 + ((unit - 0xD800) << 10U) + (next - 0xDC00));
       at += 2;
     } else {
       characters += unit >= 0xD800 && unit < 0xE000 ? char32_t{missing} : unit;

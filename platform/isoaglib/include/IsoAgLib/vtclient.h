@@ -147,14 +147,16 @@ public:
   //            versionLabel: 7 characters under which the VT may store the pool, or null: it is always uploaded. A
   //            pool that is laid out another way needs another label
   //            storage: asked for the preferred VT and told the one in use; may be null
-  //   Gives    the connection, null when the client is not initialised, the pool is registered already or its objects
-  //            are not sound, which the error observer is told in one line: an object without record, an id twice, no
-  //            or two working sets, a reference to an object outside of the pool, a loop
+  //   Gives    the connection, null when the client is not initialised, the pool is registered already, the identity
+  //            has a pool already, or the objects are not sound, which the error observer is told in one line: an
+  //            object without record, an id twice, no or two working sets, a reference to an object outside of the
+  //            pool, a loop
   VtClientConnection_c* initAndRegisterObjectPool(IdentItem_c& ident, IsoAgLib::iVtObjectPool_c& pool,
                                                   const char* versionLabel = nullptr,
                                                   IsoAgLib::iVtClientDataStorage_c* storage = nullptr);
 
-  // deregisterObjectPool: ends the connection; its pointer is not valid afterwards.
+  // deregisterObjectPool: ends the connection without an event, and deletes the pool on a VT that is connected; the
+  // pointer of the connection is not valid afterwards.
   bool deregisterObjectPool(IsoAgLib::iVtObjectPool_c& pool);
 
   // getClientByID: returns the connection of a number, one that keeps nothing for any other.
