@@ -51,25 +51,18 @@ constexpr int rounds = 400;
 template <class Object_c, class Record_s>
 class Objects_c {
 public:
-  explicit Objects_c(std::size_t count) : m_records(count), m_objects(new Object_c[count]), m_count(count) {
+  explicit Objects_c(std::size_t count) : m_records(count), m_objects(new Object_c[count]) {
     for (std::size_t index = 0; index < count; ++index) {
       m_records[index].object.ID = static_cast<uint16_t>(1000 + index);
       m_objects[index].init(&m_records[index]);
     }
   }
 
-  // Each in turn, as a screen is refreshed.
-  Object_c& next() {
-    m_next = m_next + 1 == m_count ? 0 : m_next + 1;
-    return m_objects[m_next];
-  }
   Object_c& operator[](std::size_t index) { return m_objects[index]; }
 
 private:
   std::vector<Record_s> m_records;
   std::unique_ptr<Object_c[]> m_objects;
-  std::size_t m_count;
-  std::size_t m_next = 0;
 };
 
 using Numbers_c = Objects_c<IsoAgLib::iVtObjectOutputNumber_c, IsoAgLib::iVtObjectOutputNumber_s>;
@@ -85,14 +78,39 @@ void countAllocations(benchmark::State& state, Work&& work) {
   state.counters["allocations"] = static_cast<double>(allocations - before);
 }
 
+// The objects of a screen in an order that is none, as events and conditions of an application have it.
+std::vector<std::size_t> shuffledPlaces(std::size_t count) {
+  std::vector<std::size_t> places(count);
+  std::iota(places.begin(), places.end(), std::size_t{0});
+  std::shuffle(places.begin(), places.end(), std::mt19937(1));
+  return places;
+}
+
+// Calls ours and the peer for every place, again and again.
+template <class Ours, class Peer>
+void compareForEach(benchmark::State& state, const std::vector<std::size_t>& places, Ours ours, Peer peer) {
+  const int passes = calls / static_cast<int>(places.size());
+  const auto timeOfPasses = [&](auto& call) {
+    return SideBySide::timeOf(passes, [&] {
+      for (const std::size_t place : places) {
+        call(place);
+      }
+    });
+  };
+  SideBySide::compareTimes(
+      state, calls, [&] { return timeOfPasses(ours); }, [&] { return timeOfPasses(peer); });
+}
+
 // A setter whose value has not changed beside the empty function.
 template <class Own_c, class Set>
 void unchanged(benchmark::State& state, Set set) {
-  Own_c ours(static_cast<std::size_t>(state.range(0)));
-  Own_c peers(static_cast<std::size_t>(state.range(0)));
-  countAllocations(state, [&] { set(ours.next()); });
-  SideBySide::compare(
-      state, calls, [&] { set(ours.next()); }, [&] { emptyFunction(&peers.next(), 0, false); });
+  const auto places = shuffledPlaces(static_cast<std::size_t>(state.range(0)));
+  Own_c ours(places.size());
+  Own_c peers(places.size());
+  countAllocations(state, [&] { set(ours[places[0]]); });
+  compareForEach(
+      state, places, [&](std::size_t place) { set(ours[place]); },
+      [&](std::size_t place) { emptyFunction(&peers[place], 0, false); });
 }
 
 void unchangedValue(benchmark::State& state) {
@@ -113,23 +131,6 @@ void unchangedColour(benchmark::State& state) {
   unchanged<Keys_c>(state, [](IsoAgLib::iVtObjectKey_c& object) { SetVtBackColor(object, 0, false); });
 }
 
-// The objects of a screen in an order that is none, as events and conditions of an application have it.
-std::vector<std::size_t> shuffledPlaces(std::size_t count) {
-  std::vector<std::size_t> places(count);
-  std::iota(places.begin(), places.end(), std::size_t{0});
-  std::shuffle(places.begin(), places.end(), std::mt19937(1));
-  return places;
-}
-
-// Calls each place of an order in turn.
-template <class Call>
-auto eachOf(const std::vector<std::size_t>& places, Call call) {
-  return [&places, call, next = std::size_t{0}]() mutable {
-    call(places[next]);
-    next = next + 1 == places.size() ? 0 : next + 1;
-  };
-}
-
 template <class Ours>
 void besideKeyedTable(benchmark::State& state, const std::vector<std::size_t>& places, Ours ours) {
   constexpr uint16_t firstID = 1000;
@@ -137,9 +138,9 @@ void besideKeyedTable(benchmark::State& state, const std::vector<std::size_t>& p
   for (const std::size_t place : places) {
     lastValues[static_cast<uint16_t>(firstID + place)] = 0;
   }
-  SideBySide::compare(state, calls, eachOf(places, ours), eachOf(places, [&](std::size_t place) {
-                        benchmark::DoNotOptimize(isNewValue(lastValues, static_cast<uint16_t>(firstID + place), 0));
-                      }));
+  compareForEach(state, places, ours, [&](std::size_t place) {
+    benchmark::DoNotOptimize(isNewValue(lastValues, static_cast<uint16_t>(firstID + place), 0));
+  });
 }
 
 void besideKeyedTable(benchmark::State& state) {
