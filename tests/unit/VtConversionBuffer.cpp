@@ -184,6 +184,26 @@ TEST_F(VtConversionBuffer, IsZeroedAsFarAsItIsNeeded) {
   EXPECT_EQ(std::string(6, '\0') + "6789", seen.targetBefore);
 }
 
+TEST_F(VtConversionBuffer, IsZeroedAsFarAsAnyLengthNeedsIt) {
+  for (uint16_t length = 1; length <= 100; ++length) {
+    seen.expectedCapacity = 0;
+    seen.answer = std::string(100, 'x');
+    callsOfSetting(100, "");
+    seen.expectedCapacity = 100;
+    callsOfSetting(length, "");
+    EXPECT_EQ(std::string(length, '\0') + std::string(100U - length, 'x'), seen.targetBefore) << length;
+  }
+}
+
+TEST_F(VtConversionBuffer, IsComparedUpToTheEndOfTheTextOnly) {
+  for (std::size_t end = 0; end < 45; ++end) {
+    seen.answer = std::string(45, 'x');
+    seen.answer[end] = '\0';
+    giveStorage(vtTextObjects()[1], 45, std::string(end, 'x') + std::string(45 - end, ' '));
+    EXPECT_EQ("", callsOf([&] { SetVtObject(m_screen.inputString, "", false); })) << end;
+  }
+}
+
 TEST_F(VtConversionBuffer, IsBlankBehindTheTextUpToItsWholeCapacity) {
   seen.answer = "0123456789";
   callsOfSetting(10, "");
