@@ -36,7 +36,7 @@ struct Traffic_s {
 
 // Pass_s: one run through the drive.
 struct Pass_s {
-  uint64_t refreshes = 0;
+  std::size_t refreshes = 0;
   uint64_t setterCalls = 0;
   uint64_t commands = 0;
   Traffic_s traffic;

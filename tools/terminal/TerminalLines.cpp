@@ -251,7 +251,10 @@ LineResult_s point(Line_s& line) {
 
 // --- Faults
 
-LineResult_s addFault(Line_s& line, AnswerFault_s fault) {
+LineResult_s addFault(Line_s& line, AnswerFault_s::Kind_e kind, uint64_t delayMs = 0) {
+  AnswerFault_s fault;
+  fault.kind = kind;
+  fault.delayMs = delayMs;
   if (!line.words.isOver()) {
     const auto code = line.words.number(UINT8_MAX);
     if (!code) {
@@ -265,21 +268,15 @@ LineResult_s addFault(Line_s& line, AnswerFault_s fault) {
 
 LineResult_s late(Line_s& line) {
   const auto delay = line.words.number();
-  AnswerFault_s fault;
-  fault.delayMs = delay.value_or(0);
-  return delay ? addFault(line, fault) : failed("how late? a number of milliseconds");
+  return delay ? addFault(line, AnswerFault_s::late, *delay) : failed("how late? a number of milliseconds");
 }
 
 LineResult_s wrong(Line_s& line) {
-  AnswerFault_s fault;
-  fault.kind = AnswerFault_s::wrong;
-  return addFault(line, fault);
+  return addFault(line, AnswerFault_s::wrong);
 }
 
 LineResult_s never(Line_s& line) {
-  AnswerFault_s fault;
-  fault.kind = AnswerFault_s::never;
-  return addFault(line, fault);
+  return addFault(line, AnswerFault_s::never);
 }
 
 LineResult_s refuse(Line_s& line) {
