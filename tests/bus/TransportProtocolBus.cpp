@@ -123,7 +123,15 @@ void Wire_c::settle(uint64_t milliseconds) {
   }
 }
 
+// Until nobody has anything to say to what was carried.
 void Wire_c::carry() {
+  const auto hasSent = [](const auto& station) { return !station->sent.empty(); };
+  while (std::any_of(m_stations.begin(), m_stations.end(), hasSent)) {
+    carryOnce();
+  }
+}
+
+void Wire_c::carryOnce() {
   for (const auto& sender : m_stations) {
     for (const CanFrame_s& frame : std::exchange(sender->sent, {})) {
       log.push_back(textOf(frame));

@@ -69,6 +69,7 @@ public:
 
 private:
   void carry();
+  void carryOnce();
   uint64_t nextDueMs() const;
 
   std::vector<std::unique_ptr<Station_c>> m_stations;

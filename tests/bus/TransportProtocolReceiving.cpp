@@ -78,6 +78,19 @@ TEST_F(TransportReceiving, AsksForThePacketsAndAcknowledgesTheMessage) {
   EXPECT_EQ(station.protocol.nextDueMs(), never);
 }
 
+// Who answers to the message may do so at once: the sender is told first that it has arrived.
+TEST_F(TransportReceiving, AcknowledgesTheMessageBeforeItHandsItOver) {
+  Lines sentBefore;
+  station.onDelivered = [&](const IsoMessage_s&) {
+    for (const CanFrame_s& frame : station.sent) {
+      sentBefore.push_back(textOf(frame));
+    }
+  };
+  station.hear({requestToSend(9, 2)});
+  station.hear(packets(1, 2));
+  EXPECT_THAT(sentBefore, ElementsAre("1CEC8026 13 09 00 02 FF 00 E7 00"));
+}
+
 TEST_F(TransportReceiving, TakesNoFillBytesForData) {
   station.hear({requestToSend(9, 2)});
   station.hear({packet(1), packet(2)});
@@ -497,7 +510,7 @@ TEST_F(TransportReceiving, AllowsTheTakerOfAMessageToDropEverything) {
     EXPECT_EQ(message.data, countingBytes(14));
   };
   station.hear({"1CEC2681 10 09 00 02 FF 00 E7 00", requestToSend(14, 2)});
-  EXPECT_THAT(station.hear(packets(1, 2)), IsEmpty());
+  EXPECT_THAT(station.hear(packets(1, 2)), ElementsAre("1CEC8026 13 0E 00 02 FF 00 E7 00"));
   expectDelivered(14);
 }
 

@@ -77,6 +77,7 @@ void TransportProtocol_c::dispatch(const IsoId_s& id, const CanFrame_s& frame) {
     return;
   }
   if (std::optional<IsoMessage_s> message = m_parts->receiver.takeMessage()) {
+    m_parts->outlet.flush(); // its acknowledgement stands on the bus before any answer to it
     m_callbacks.deliver(std::move(*message));
   }
   tellDone();
