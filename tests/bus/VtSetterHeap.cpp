@@ -26,10 +26,10 @@ void* takeBlock(std::size_t size) {
 class VtSetterHeap : public VtClientFixture {
 protected:
   void SetUp() override {
+    VtClientFixture::SetUp();
     if (hasHeapOfItsOwn) {
       GTEST_SKIP() << "a sanitizer has a heap of its own";
     }
-    VtClientFixture::SetUp();
     vt = &connect();
     vt->isOn = false;
     for (uint32_t value = 1; value <= 5; ++value) { // until every memory is as large as it gets
