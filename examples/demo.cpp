@@ -185,6 +185,9 @@ std::string Demonstration_c::drive(const std::vector<DriveRow_s>& rows, bool for
   pass.setterCalls = m_sprayer.setterCalls() - callsBefore;
   std::string error = runUntil(HostClock::nowMs() + settleMs, [this] { return m_sprayer.commandsWaiting() == 0; });
   pass.commands = vtClientStatistics(connection).commandsSent - commandsBefore;
+  if (error.empty() && m_sprayer.failedCommands() > 0) {
+    error = "the terminal has not done " + std::to_string(m_sprayer.failedCommands()) + " commands";
+  }
   return error;
 }
 
