@@ -87,6 +87,14 @@ TEST(ExportedNames, AreReportedWhereALibraryHasOneMoreOrOneLess) {
   EXPECT_EQ(std::string::npos, report.find("GetHardwareRevision\n")) << report;
 }
 
+TEST(LibraryName, TellsTheMajorVersionOfTheInterface) {
+  const Ending_s readelf = runProgram({"readelf", "-d", ZEMO_LIBRARY});
+  ASSERT_EQ(0, readelf.exitStatus) << readelf.standardError;
+  EXPECT_NE(std::string::npos,
+            readelf.standardOutput.find("(SONAME)             Library soname: [libzemoUtils.so.1]\n"))
+      << readelf.standardOutput;
+}
+
 TEST(LibraryDependencies, LeaveStackAndConsoleToTheApplication) {
   const Names_t undefined = dynamicNames(ZEMO_LIBRARY, "--undefined-only");
   for (const char* name :
