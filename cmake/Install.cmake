@@ -10,6 +10,7 @@ file(RELATIVE_PATH libraries_from_programs /prefix/${CMAKE_INSTALL_BINDIR} /pref
 
 # zemo_install_libraries(EXPORT COMPONENT TARGET...)
 function(zemo_install_libraries export component)
+  zemo_publish_string_abi(${ARGN})
   install(TARGETS ${ARGN} EXPORT ${export}
           LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component} NAMELINK_COMPONENT ${component})
   install(EXPORT ${export} NAMESPACE zemoUtils:: DESTINATION ${package_dir} COMPONENT ${component})
@@ -21,6 +22,7 @@ function(zemo_install_headers folder destination component)
 endfunction()
 
 function(zemo_install_pkgconfig name component)
+  list(TRANSFORM ZEMO_STRING_ABI_DEFINITIONS PREPEND " -D" OUTPUT_VARIABLE definitions)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${pkgconfig_dir} COMPONENT ${component})
 endfunction()
