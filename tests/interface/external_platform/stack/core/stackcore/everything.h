@@ -156,7 +156,6 @@ class iIsoName_c : public __IsoAgLib::IsoName_c {};
 
 class iIdentDataStorage_c {
 public:
-  virtual ~iIdentDataStorage_c() = default;
   virtual uint8_t loadSa() = 0;
   virtual void storeSa(uint8_t sa) = 0;
   virtual void loadDtcs(iDtcContainer_c& dtcs) = 0;
@@ -165,7 +164,6 @@ public:
 
 class iVtClientDataStorage_c {
 public:
-  virtual ~iVtClientDataStorage_c() = default;
   virtual void loadPreferredVt(iIsoName_c& name, uint8_t& bootTime) = 0;
   virtual void storePreferredVt(const iIsoName_c& name, uint8_t bootTime) = 0;
 };
