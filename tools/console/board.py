@@ -96,11 +96,15 @@ class Board:
         lines += [f"bus {name}" for name in self.buses]
         return "\n".join(lines) + "\n"
 
-    def archive(self, shares):
-        """The second part of the first file system: what is this board's own."""
+    def archive(self, shares, terminal=None):
+        """The second part of the first file system: what is this board's own. `terminal`: its size, for a prompt."""
         archive = Archive()
         archive.file("etc/board", self.plan(shares).encode())
-        archive.file("etc/inittab", (GUEST / "inittab").read_bytes())
+        inittab = (GUEST / "inittab").read_text(encoding="utf-8")
+        if terminal:
+            inittab += f"ttyS0::once:/sbin/prompt {terminal.lines} {terminal.columns}\n"
+            archive.file("sbin/prompt", (GUEST / "prompt").read_bytes(), 0o755)
+        archive.file("etc/inittab", inittab.encode())
         archive.file("init", (GUEST / "init").read_bytes(), 0o755)
         archive.file("sbin/agent", (GUEST / "agent").read_bytes(), 0o755)
         for path, content in self.files.items():

@@ -4,10 +4,8 @@ import json
 import os
 import shlex
 import shutil
-import signal
 import socket
 import subprocess
-import sys
 import tempfile
 import threading
 import time
@@ -48,7 +46,7 @@ class Job:
     def __init__(self, machine, number):
         self._machine = machine
         self._number = number
-        self.folder = machine.out / "jobs" / str(number)
+        self.folder = machine.jobs / str(number)
 
     def wait(self, timeout=60):
         """Its Result; TimeLimit after `timeout` seconds, and then it has been killed."""
@@ -59,6 +57,10 @@ class Job:
             self._machine._status_of(self._number, END_LIMIT)
             raise
         return Result(status, self.stdout, self.stderr)
+
+    def wait_shortly(self, timeout):
+        """Its exit status; TimeLimit when it has not ended by then, and it goes on."""
+        return self._machine._status_of(self._number, timeout)
 
     def is_running(self):
         return not self._machine._is_done(self._number)
@@ -126,14 +128,14 @@ class _Control:
 class Machine:
     """One emulated console; `with Machine(Board(...)) as machine:` starts it and ends it.
 
-    `folder` keeps its disks and what it wrote; without one that is a temporary folder.
+    Its disks and what it writes are in a temporary folder; `out` is the folder of the desk that is /out inside.
     """
 
-    def __init__(self, board=None, folder=None):
+    def __init__(self, board=None, out=None):
         self.board = board or Board()
-        self._temporary = None if folder else tempfile.mkdtemp(prefix="zemo-console-")
-        self.folder = Path(folder or self._temporary).absolute()
-        self.out = self.folder / "out"
+        self.folder = Path(tempfile.mkdtemp(prefix="zemo-console-"))
+        self.out = Path(out).absolute() if out else self.folder / "out"
+        self.jobs = self.folder / "jobs"
         self.console = self.folder / "console.txt"
         self._emulator = None
         self._line = None
@@ -142,7 +144,7 @@ class Machine:
         self._ready = 0
         self._ended = False
         self._statuses = {}
-        self._jobs = 0
+        self._last_job = 0
         self._rtc = self.board.rtc
 
     def __enter__(self):
@@ -163,9 +165,11 @@ class Machine:
         if not shutil.which(EMULATOR):
             raise Unavailable(f"no emulator here: {EMULATOR} is missing (package qemu-system-x86)")
         made = image.prepare()
-        (self.out / "jobs").mkdir(parents=True, exist_ok=True)
+        for folder in (self.out, self.jobs):
+            folder.mkdir(parents=True, exist_ok=True)
         shares = self._shares()
-        (self.folder / "initrd").write_bytes(made.base.read_bytes() + self.board.archive(shares))
+        terminal = shutil.get_terminal_size() if console == "terminal" else None
+        (self.folder / "initrd").write_bytes(made.base.read_bytes() + self.board.archive(shares, terminal))
         self._make_disks()
         for name in ("line", "control"):
             (self.folder / name).unlink(missing_ok=True)
@@ -185,7 +189,8 @@ class Machine:
             self._await_ready(1)
 
     def _shares(self):
-        listed = (Share(self.out, "/out", writable=True), *self.board.shares)
+        own = (Share(self.jobs, "/run/jobs", writable=True), Share(self.out, "/out", writable=True))
+        listed = (*own, *self.board.shares)
         return {f"share{number}": share for number, share in enumerate(listed)}
 
     def _make_disks(self):
@@ -196,11 +201,12 @@ class Machine:
                     disk.truncate(storage.bytes)
 
     def _command(self, made, shares, console):
-        command = [EMULATOR, "-M", "pc", "-accel", "tcg", "-cpu", "n270", "-m", str(self.board.memory)]
+        # Without rdrand the kernel takes seconds until it has random numbers, and mkfs.ext4 waits for them.
+        command = [EMULATOR, "-M", "pc", "-accel", "tcg", "-cpu", "n270,+rdrand", "-m", str(self.board.memory)]
         command += ["-nodefaults", "-no-user-config", "-display", "none", "-S"]
         command += ["-rtc", f"base={self._rtc},clock=vm"]
         command += ["-kernel", str(made.kernel), "-initrd", str(self.folder / "initrd")]
-        command += ["-append", KERNEL_OPTIONS + (" console.shell" if console == "terminal" else "")]
+        command += ["-append", KERNEL_OPTIONS]
         if console == "terminal":
             command += ["-chardev", "stdio,id=console,signal=off"]
         else:
@@ -256,8 +262,7 @@ class Machine:
     def end(self):
         """Ends it like the main switch does, and forgets its temporary folder."""
         self._kill()
-        if self._temporary:
-            shutil.rmtree(self._temporary, ignore_errors=True)
+        shutil.rmtree(self.folder, ignore_errors=True)
 
     def _kill(self):
         if self._emulator is None:
@@ -274,9 +279,10 @@ class Machine:
         self._line = self._control = None
 
     def wait_for_end(self):
-        """Waits until the guest switches itself off."""
-        self._emulator.wait()
+        """Waits until the guest switches itself off; the emulator's exit status."""
+        status = self._emulator.wait()
         self._gone()
+        return status
 
     def power_off(self):
         """An orderly end: everything written, everything unmounted."""
@@ -315,15 +321,15 @@ class Machine:
 
     def start_job(self, program, stdin=b"", environment=None, directory="/root", user=None):
         """Starts a program: [name or path, argument...]. It has a session and a process group of its own."""
-        self._jobs += 1
-        folder = self.out / "jobs" / str(self._jobs)
+        self._last_job += 1
+        folder = self.jobs / str(self._last_job)
         folder.mkdir()
         (folder / "stdin").write_bytes(stdin)
         for name in ("stdout", "stderr"):
             (folder / name).touch()
         (folder / "command").write_text(command_text(program, environment, directory, user), encoding="utf-8")
-        self._ask(f"run {self._jobs}")
-        return Job(self, self._jobs)
+        self._ask(f"run {self._last_job}")
+        return Job(self, self._last_job)
 
     def run(self, program, timeout=60, **options):
         """Runs a program to its end and gives its Result; the options are those of start_job."""
@@ -373,6 +379,9 @@ def command_text(program, environment=None, directory="/root", user=None):
     settings = {"PATH": SEARCH_PATH, "HOME": "/root", **(environment or {})}
     lines = [f"export {name}={shlex.quote(value)}" for name, value in settings.items()]
     lines.append(f"cd {shlex.quote(directory)} || exit 126")
+    name = shlex.quote(str(program[0]))
+    missing = shlex.quote(f"console: no program {program[0]} inside")
+    lines.append(f"command -v {name} >/dev/null || {{ echo {missing} >&2; exit 127; }}")
     words = " ".join(shlex.quote(str(word)) for word in program)
     if user:
         words = f"su -s /bin/sh {shlex.quote(user)} -c {shlex.quote('exec ' + words)}"
