@@ -28,6 +28,9 @@ void mountDisk(const std::string& device, const std::string& path, const std::st
                const std::string& options = {});
 void unmountDisk(const std::string& path);
 
+// fill: writes a file until the file system takes not one byte more. Gives the bytes that it took.
+long long fill(const std::string& path);
+
 // Stopwatch_c: real seconds since its construction, whatever becomes of the system clock.
 class Stopwatch_c {
 public:
