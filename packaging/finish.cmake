@@ -1,0 +1,41 @@
+# Run by CPack between installing the files and making the packages: dependencies and dates.
+
+# zemo_shared_library_dependencies(FOLDER RESULT): what the binaries below the folder need, as a list of packages.
+function(zemo_shared_library_dependencies folder result)
+  file(GLOB_RECURSE candidates LIST_DIRECTORIES false ${folder}/usr/bin/* ${folder}/usr/lib/*.so.*)
+  set(binaries)
+  foreach(candidate ${candidates})
+    if(NOT IS_SYMLINK ${candidate})
+      list(APPEND binaries ${candidate})
+    endif()
+  endforeach()
+  set(folders ${CPACK_ZEMO_LIBRARY_FOLDERS})
+  if(CPACK_DEBIAN_PACKAGE_ARCHITECTURE STREQUAL "i386")
+    # The 32-bit libraries of the compiler's own machine: the same ones as those of an i386 machine.
+    list(APPEND folders /lib32 /usr/lib32)
+  endif()
+  list(TRANSFORM folders PREPEND -l)
+  # The tool wants to stand beside a folder of a source package.
+  set(work ${CPACK_TEMPORARY_DIRECTORY}/dependencies)
+  file(WRITE ${work}/debian/control "Source: libzemoutils\n\nPackage: libzemoutils\nArchitecture: any\n")
+  execute_process(COMMAND dpkg-shlibdeps --ignore-missing-info ${folders} -O ${binaries} WORKING_DIRECTORY ${work}
+                  OUTPUT_VARIABLE output ERROR_VARIABLE errors RESULT_VARIABLE status)
+  file(REMOVE_RECURSE ${work})
+  if(NOT status EQUAL 0 OR NOT output MATCHES "shlibs:Depends=([^\n]+)")
+    message(FATAL_ERROR "dpkg-shlibdeps found no dependencies of ${binaries}:\n${output}${errors}")
+  endif()
+  string(REGEX REPLACE ", *" ";" packages "${CMAKE_MATCH_1}")
+  list(TRANSFORM packages REPLACE "^lib32" "lib")
+  list(TRANSFORM packages REPLACE "^libc6-i386 " "libc6 ")
+  list(SORT packages)
+  set(${result} ${packages} PARENT_SCOPE)
+endfunction()
+
+foreach(group RUNTIME DESK)
+  string(TOLOWER ${group} folder)
+  if(IS_DIRECTORY ${CPACK_TEMPORARY_DIRECTORY}/${folder})
+    zemo_shared_library_dependencies(${CPACK_TEMPORARY_DIRECTORY}/${folder} packages)
+    list(PREPEND packages ${CPACK_DEBIAN_${group}_PACKAGE_DEPENDS})
+    list(JOIN packages ", " CPACK_DEBIAN_${group}_PACKAGE_DEPENDS)
+  endif()
+endforeach()
