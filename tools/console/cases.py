@@ -46,6 +46,8 @@ def names_in(listing):
 
 def listed(folder):
     program = binary_folder() / "tests" / f"zemo_{folder}_tests"
+    if not program.is_file():
+        raise ConsoleError(f"{program} has not been built")
     ended = subprocess.run(
         [program, "--gtest_list_tests", "--gtest_filter=-*.DISABLED_*"], capture_output=True, text=True, check=False
     )

@@ -3,6 +3,7 @@
 import os
 import stat
 import sys
+import termios
 import time
 from pathlib import Path
 
@@ -110,9 +111,12 @@ def shell(board, options):
         options.program = ["/bin/sh", "-s"]
         return program(board, options)
     machine = Machine(board, options.out)
+    settings = termios.tcgetattr(sys.stdin)
     try:
         say("console: exit, or poweroff -f, ends it")
         machine.start(console="terminal")
         return machine.wait_for_end()
     finally:
         machine.end()
+        # An emulator that was killed leaves the terminal without echo.
+        termios.tcsetattr(sys.stdin, termios.TCSADRAIN, settings)

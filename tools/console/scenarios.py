@@ -20,6 +20,10 @@ def name_of(path, test):
 
 
 def tests_in(path):
+    """The file's cases. What files share stands beside them, in files that begin with an underscore."""
+    folder = str(Path(path).parent)
+    if folder not in sys.path:
+        sys.path.insert(0, folder)
     spec = importlib.util.spec_from_file_location(Path(path).stem, path)
     module = importlib.util.module_from_spec(spec)
     spec.loader.exec_module(module)
