@@ -21,7 +21,10 @@
 // it.
 class ZEMO_EXPORT FileOperations_c {
 public:
+  // Nothing has been found: everything is empty, 0 or false.
   FileOperations_c();
+
+  // Frees the names.
   ~FileOperations_c();
 
   std::string m_Directory;              // as given to the last listing

@@ -16,6 +16,7 @@
 //            and also where the thread could not be created. A second start does nothing.
 class ZEMO_EXPORT Thread_c {
 public:
+  // No job has been started.
   Thread_c();
 
   // Neither asks the job to stop nor waits for it.
@@ -36,6 +37,7 @@ public:
   // stop: asks the job to return; cannot be taken back.
   void stop();
 
+  // Whether stop has been called; whether a job has been started.
   bool isAborted();
   bool isRunning();
 
