@@ -269,6 +269,8 @@ class Description:
         for member in element.findall("member-function"):
             members.setdefault(self.symbol(member.find("function-decl")), member)
         members.pop(None, None)
+        # Of these abidw tells what the compiler made of them; the symbols and the slots behind theirs are enough.
+        members = {symbol: member for symbol, member in members.items() if member.get("destructor") != "yes"}
         for symbol in sorted(members, key=lambda symbol: (self.slot(members[symbol]), symbol)):
             self.write_member_function(writer, members[symbol])
         writer.close(element.tag)
@@ -282,12 +284,12 @@ class Description:
 
     @staticmethod
     def slot(member):
-        """Behind all slots for those that have none; of destructors abidw does not know it."""
+        """Behind all slots for those that have none."""
         return int(member.get("vtable-offset", "-1")) % (1 << 32)
 
     def write_member_function(self, writer, member):
         writer.open("member-function", *((name, member.get(name)) for name in (
-            "access", "static", "constructor", "destructor", "const", "vtable-offset")))
+            "access", "static", "constructor", "const", "vtable-offset")))
         self.write_function(writer, member.find("function-decl"))
         writer.close("member-function")
 
@@ -335,7 +337,7 @@ def unsuitable(cache):
     if "-fsanitize" in cache.get("CMAKE_CXX_FLAGS", ""):
         return "a sanitizer changes what a library promises"
     if "clang" in cache["CMAKE_CXX_COMPILER"]:
-        return "the debug information of Clang leaves out what abidw needs"
+        return "the debug information of Clang leaves out fields that the records have"
     if cache.get("ZEMO_STRING_ABI", "default") == "old":
         return "the records are of the compiler's own std::string"
     missing = [program for program in PROGRAMS if shutil.which(program) is None]
