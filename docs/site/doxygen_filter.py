@@ -150,7 +150,7 @@ def with_trailing(lines):
     """A comment behind a member is its documentation, and that of the members right below it that have none."""
     out, last = [], ""
     for line in lines:
-        match = TRAILING.match(line) if not line.lstrip().startswith("#") else None
+        match = TRAILING.match(line) if not line.lstrip().startswith(("#", "}")) else None
         last = escaped(match[2]) if match else last if re.fullmatch(r"\s*[\w:<>]+ m_\w+;", line) else ""
         out.append(f"{match[1] if match else line} ///< {last}" if last else line)
     return out
