@@ -43,13 +43,15 @@ foreach(manual ${manuals})
   zemo_install_compressed(${manual} ${CMAKE_INSTALL_MANDIR}/man1 manuals)
 endforeach()
 
-# The sources of the programs in examples/ with what they take from tools/, as a project of their own.
+# The sources of the programs in examples/ with what they take from tools/, as a project of their own. What the guide
+# tells of are projects already.
 set(examples_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/zemo-desk/examples)
-install(DIRECTORY ${packaging}/examples/ DESTINATION ${examples_dir} COMPONENT examples)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${examples_dir} COMPONENT examples
-        PATTERN "__pycache__" EXCLUDE)
+install(DIRECTORY ${packaging}/programs DESTINATION ${examples_dir} COMPONENT examples)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${examples_dir}/programs COMPONENT examples
+        PATTERN "__pycache__" EXCLUDE PATTERN "guide" EXCLUDE)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/guide DESTINATION ${examples_dir} COMPONENT examples OPTIONAL)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/tools/desk ${PROJECT_SOURCE_DIR}/tools/terminal
-        DESTINATION ${examples_dir}/tools COMPONENT examples)
+        DESTINATION ${examples_dir}/programs/tools COMPONENT examples)
 install(FILES ${PROJECT_SOURCE_DIR}/docs/terminal.md DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/zemo-desk
         COMPONENT examples)
 
@@ -60,6 +62,7 @@ else()
 endif()
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME libzemoutils)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own, as the first line of its description
 set(CPACK_DEBIAN_PACKAGE_SOURCE libzemoutils)
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${release})
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER "libzemoUtils maintainers <maintainers@zemoutils.invalid>")
@@ -81,14 +84,14 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_PRIORITY ${same_for_all_architectures})
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
     "utilities for ISOBUS applications of an operator console
- The library brings an ISOBUS (ISO 11783) stack up and down in order, gives
- each control function its complete identity, and changes the objects of a
- virtual terminal with one call each, sending only what has changed. Beside
- that: Unicode text, debug log, signals and stack traces, files and media,
- clocks, time and memory, threads.
- .
- The ISOBUS stack and the console services come with the application, or from
- zemo-desk.")
+The library brings an ISOBUS (ISO 11783) stack up and down in order, gives
+each control function its complete identity, and changes the objects of a
+virtual terminal with one call each, sending only what has changed. Beside
+that: Unicode text, debug log, signals and stack traces, files and media,
+clocks, time and memory, threads.
+
+The ISOBUS stack and the console services come with the application, or from
+zemo-desk.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libzemoutils-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
@@ -97,8 +100,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libzemoutils (= ${version})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "zemo-desk (= ${version})")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
     "utilities for ISOBUS applications of an operator console - development
- Headers, the CMake package zemoUtils and the pkg-config module zemoUtils, for
- building applications with libzemoutils.")
+Headers, the CMake package zemoUtils and the pkg-config module zemoUtils, for
+building applications with libzemoutils.")
 
 set(CPACK_DEBIAN_DESK_PACKAGE_NAME zemo-desk)
 set(CPACK_DEBIAN_DESK_PACKAGE_SECTION devel)
@@ -107,13 +110,13 @@ set(CPACK_DEBIAN_DESK_PACKAGE_DEPENDS "libzemoutils (= ${version})")
 set(CPACK_DEBIAN_DESK_PACKAGE_RECOMMENDS "libzemoutils-dev (= ${version})")
 set(CPACK_DEBIAN_DESK_DESCRIPTION
     "ISOBUS and console services on a PC, for applications of a console
- What stands in for the operator console at a desk: an ISOBUS (ISO 11783) stack
- on a bus inside the process, on SocketCAN or on a bus shared over TCP, and the
- console's services with values from a file.
- .
- The package contains libraries, headers and CMake and pkg-config files for
- applications with libzemoutils, a bus server, a virtual terminal without a
- picture, a service tool, a demo, and examples with their sources.")
+What stands in for the operator console at a desk: an ISOBUS (ISO 11783) stack
+on a bus inside the process, on SocketCAN or on a bus shared over TCP, and the
+console's services with values from a file.
+
+The package contains libraries, headers and CMake and pkg-config files for
+applications with libzemoutils, a bus server, a virtual terminal without a
+picture, a service tool, a demo, and examples with their sources.")
 
 foreach(group RUNTIME DESK)
   set(CPACK_DEBIAN_${group}_PACKAGE_CONTROL_EXTRA ${packaging}/triggers
