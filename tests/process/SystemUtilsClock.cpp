@@ -5,6 +5,7 @@
 #include <ctime>
 #include <functional>
 #include <gtest/gtest.h>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -32,6 +33,15 @@ int rawAt(int64_t seconds, int64_t nanoseconds) {
 
 const auto raw = SystemUtils::getTimeMsRaw;
 const auto sinceStart = SystemUtils::getTimeMs;
+
+// onAnotherThread: the call made on a thread that has ended when it returns.
+std::function<int()> onAnotherThread(int (*call)()) {
+  return [call] {
+    int result = -1;
+    std::thread([call, &result] { result = call(); }).join();
+    return result;
+  };
+}
 
 } // namespace
 
@@ -69,6 +79,16 @@ TEST(GetTimeMsRaw, GivesZeroWhereTheClockHasNeverBeenRead) {
 
 TEST(GetTimeMsRaw, LeavesTheStartOfGetTimeMsAlone) {
   EXPECT_EQ(std::vector<int>({100, 0}), callsWith({at(100), at(500), at(500)}, {raw, sinceStart}));
+}
+
+TEST(GetTimeMsRaw, GivesTheReadingOfAnotherThreadWhereTheClockFails) {
+  EXPECT_EQ(std::vector<int>({77, 77}), callsWith({at(77), std::nullopt}, {onAnotherThread(raw), raw}));
+}
+
+TEST(GetTimeMs, CountsFromTheFirstCallOfAnyThread) {
+  EXPECT_EQ(std::vector<int>({0, 7, 9}),
+            callsWith({at(50), at(50), at(57), at(59)},
+                      {onAnotherThread(sinceStart), sinceStart, onAnotherThread(sinceStart)}));
 }
 
 TEST(GetTimeMs, GivesZeroAtItsFirstCallAndThenWhatHasElapsed) {
