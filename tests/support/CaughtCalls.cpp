@@ -14,6 +14,7 @@
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -182,12 +183,53 @@ void serveOne(const Watching_s& watching, int listener, std::string& notes) {
   ioctl(listener, SECCOMP_IOCTL_NOTIF_SEND, &response);
 }
 
+// Takes the ends of the held process and of what it leaves behind: until Linux 6.11 a filter lives as long as the
+// process table has an entry for one of its processes.
+class Ends_c {
+public:
+  Ends_c() {
+    sigset_t ends;
+    sigemptyset(&ends);
+    sigaddset(&ends, SIGCHLD);
+    check(sigprocmask(SIG_BLOCK, &ends, &m_before) == 0, "no signals can be held");
+    m_descriptor = signalfd(-1, &ends, SFD_CLOEXEC | SFD_NONBLOCK);
+    check(m_descriptor >= 0 && prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0) == 0, "no ends can be seen");
+  }
+
+  int descriptor() const { return m_descriptor; }
+
+  void forgetInChild() const {
+    close(m_descriptor);
+    sigprocmask(SIG_SETMASK, &m_before, nullptr);
+  }
+
+  void take(pid_t child, std::optional<int>& statusOfChild) const {
+    signalfd_siginfo seen = {};
+    while (read(m_descriptor, &seen, sizeof seen) > 0) {
+    }
+    int status = 0;
+    for (pid_t ended = waitpid(-1, &status, WNOHANG); ended > 0; ended = waitpid(-1, &status, WNOHANG)) {
+      if (ended == child) {
+        statusOfChild = status;
+      }
+    }
+  }
+
+private:
+  sigset_t m_before = {};
+  int m_descriptor = none;
+};
+
 // Until the last process whose calls are held has ended.
-std::string serve(const Watching_s& watching, int listener) {
+std::string serve(const Watching_s& watching, int listener, const Ends_c& ends, pid_t child,
+                  std::optional<int>& statusOfChild) {
   std::string notes;
-  pollfd waiting = {listener, POLLIN, 0};
-  while (poll(&waiting, 1, -1) >= 0 && (waiting.revents & POLLHUP) == 0) {
-    serveOne(watching, listener, notes);
+  std::array<pollfd, 2> waiting = {{{listener, POLLIN, 0}, {ends.descriptor(), POLLIN, 0}}};
+  while (poll(waiting.data(), waiting.size(), -1) >= 0 && (waiting[0].revents & POLLHUP) == 0) {
+    if ((waiting[0].revents & POLLIN) != 0) {
+      serveOne(watching, listener, notes);
+    }
+    ends.take(child, statusOfChild);
   }
   return notes;
 }
@@ -226,19 +268,23 @@ std::string serve(const Watching_s& watching, int listener) {
   }
   std::array<int, 2> sockets{};
   check(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets.data()) == 0, "no sockets");
+  const Ends_c ends;
   const pid_t child = fork();
   check(child >= 0, "no child process");
   if (child == 0) {
+    ends.forgetInChild();
     close(sockets[0]);
     runHeld(watching, sockets[1], function);
   }
   close(sockets[1]);
   const int listener = receiveDescriptor(sockets[0]);
-  const std::string notes = listener < 0 ? "" : serve(watching, listener);
+  std::optional<int> status;
+  const std::string notes = listener < 0 ? "" : serve(watching, listener, ends, child, status);
   check(write(notesFile, notes.data(), notes.size()) == static_cast<ssize_t>(notes.size()), "no notes");
-  int status = 0;
-  check(waitpid(child, &status, 0) == child, "no child to wait for");
-  endAs(status);
+  if (!status) {
+    check(waitpid(child, &status.emplace(), 0) == child, "no child to wait for");
+  }
+  endAs(*status);
 }
 
 std::string contentsOf(int file) {

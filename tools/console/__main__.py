@@ -7,6 +7,7 @@ usage: ./dev console [OPTION...]                       the suites
 
 import argparse
 import os
+import signal
 import sys
 import time
 from pathlib import Path
@@ -127,6 +128,7 @@ def main(arguments):
 
 
 if __name__ == "__main__":
+    signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))
     try:
         sys.exit(main(sys.argv[1:]))
     except ConsoleError as problem:

@@ -1,5 +1,6 @@
 """Runs an emulated console: start, programs inside, restart, power cut, end."""
 
+import atexit
 import json
 import os
 import shlex
@@ -21,6 +22,14 @@ START_LIMIT = 90
 END_LIMIT = 30
 KERNEL_OPTIONS = "console=ttyS0 quiet panic=-1 noisapnp cryptomgr.notests"
 SEARCH_PATH = "/usr/bin:/usr/sbin:/bin:/sbin"
+
+_running = set()
+
+
+@atexit.register
+def _end_all():
+    for machine in list(_running):
+        machine.end()
 
 
 @dataclass(frozen=True)
@@ -165,6 +174,7 @@ class Machine:
         if not shutil.which(EMULATOR):
             raise Unavailable(f"no emulator here: {EMULATOR} is missing (package qemu-system-x86)")
         made = image.prepare()
+        _running.add(self)
         for folder in (self.out, self.jobs):
             folder.mkdir(parents=True, exist_ok=True)
         shares = self._shares()
@@ -261,6 +271,7 @@ class Machine:
 
     def end(self):
         """Ends it like the main switch does, and forgets its temporary folder."""
+        _running.discard(self)
         self._kill()
         shutil.rmtree(self.folder, ignore_errors=True)
 

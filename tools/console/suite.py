@@ -119,13 +119,15 @@ def outcomes_in(path):
 def verdicts_of(members, folder, why):
     """The verdicts, and the cases that are still to be run. `why`: what has ended the batch before its time."""
     outcomes = outcomes_in(folder / "results")
+    if not outcomes:
+        return [Verdict(case.full_name, "failed", why or "it left no result") for case in members], []
     verdicts = []
     left = []
     for number, case in enumerate(members, 1):
         outcome = outcomes.get(number)
         if outcome:
             verdicts.append(verdict_of(case, outcome, folder / str(number)))
-        elif number in outcomes or number == 1:
+        elif number in outcomes:
             verdicts.append(Verdict(case.full_name, "failed", why or "it left no result"))
         else:
             left.append(case)
