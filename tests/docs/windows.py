@@ -75,8 +75,15 @@ class Window:
         return "\n".join(["the guide shows"] + ["  " + line for line in expected.lines] + ["and this was printed"] +
                          ["  " + line for line in expected.printed])
 
+    def left(self):
+        """The lines that nobody has waited for."""
+        lines = []
+        while not self._lines.empty():
+            lines.append(self._lines.get())
+        return [line for line in lines if line is not None and not line.startswith(END_OF_COMMAND)]
+
     def close(self):
-        """Ends the shell and all that it has started; returns the lines that nobody has waited for."""
+        """Ends the shell and all that it has started."""
         try:
             os.killpg(self._shell.pid, signal.SIGKILL)
         except ProcessLookupError:
@@ -85,10 +92,6 @@ class Window:
         self._shell.stdin.close()
         self._reader.join(timeout=self._longest_wait)
         self._shell.stdout.close()
-        left = []
-        while not self._lines.empty():
-            left.append(self._lines.get())
-        return [line for line in left if line is not None and not line.startswith(END_OF_COMMAND)]
 
 
 def substituted(command, replacements):
