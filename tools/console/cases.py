@@ -49,11 +49,12 @@ def listed(folder):
     if not program.is_file():
         raise ConsoleError(f"{program} has not been built")
     ended = subprocess.run(
-        [program, "--gtest_list_tests", "--gtest_filter=-*.DISABLED_*"], capture_output=True, text=True, check=False
+        [program, "--gtest_list_tests", "--gtest_filter=-*.DISABLED_*"], capture_output=True, check=False
     )
     if ended.returncode != 0:
-        raise ConsoleError(f"{program} does not list its cases: {ended.stderr.strip()}")
-    return list(names_in(ended.stdout))
+        raise ConsoleError(f"{program} does not list its cases")
+    # Values of parameters may be any bytes.
+    return list(names_in(ended.stdout.decode("utf-8", "replace")))
 
 
 def rules():
