@@ -69,6 +69,7 @@ std::string contentOf(const std::string& path) {
   close(input);
   close(output);
   testing::GTEST_FLAG(filter) = name;
+  testing::GTEST_FLAG(also_run_disabled_tests) = true;
   std::exit(RUN_ALL_TESTS());
 }
 

@@ -87,7 +87,7 @@ def run_suites(options):
         found = suite.run(folders, options.cases, consoles)
         if not found:
             continue
-        path = source_folder() / "build/results" / f"{name}.xml"
+        path = binary_folder() / "results" / f"{name}.xml"
         results.write(path, found)
         verdicts += found
         summary += [name, str(path), str(round(time.monotonic() - started))]

@@ -12,6 +12,7 @@ from .tree import binary_folder, source_folder
 WHOLE_SUITE = ("unit", "process", "bus", "load", "interface")
 SECONDS = 60
 SUITE_MEMORY = 512
+KEYS = {"cases", "nand", "memory", "rtc", "modules", "alone", "seconds", "left_out"}
 
 
 @dataclass(frozen=True)
@@ -74,11 +75,18 @@ def board_options(rule):
     return tuple(sorted(options.items()))
 
 
+def checked(rule):
+    unknown = set(rule) - KEYS
+    if unknown:
+        raise ConsoleError(f"boards.json: no key {', '.join(sorted(unknown))}")
+    return rule
+
+
 def case_of(folder, name, entries):
     full_name = f"{folder}.{name}"
     # Patterns without a folder are those of the system suite.
     fitting = (rule for rule in entries if fnmatchcase(full_name, rule["cases"]) or fnmatchcase(name, rule["cases"]))
-    rule = next(fitting, {})
+    rule = checked(next(fitting, {}))
     return Case(
         folder,
         name,
