@@ -151,6 +151,8 @@ class Machine:
         self._control = None
         self._changed = threading.Condition()
         self._ready = 0
+        self._expected = 1
+        self._restarted = False
         self._ended = False
         self._statuses = {}
         self._last_job = 0
@@ -183,8 +185,8 @@ class Machine:
         self._make_disks()
         for name in ("line", "control"):
             (self.folder / name).unlink(missing_ok=True)
-        self._ended = False
-        self._ready = 0
+        self._ended = self._restarted = False
+        self._ready, self._expected = 0, 1
         command = self._command(made, shares, console)
         inherited = None if console == "terminal" else subprocess.DEVNULL
         with open(self.folder / "emulator.txt", "wb") as messages:
@@ -196,7 +198,7 @@ class Machine:
         threading.Thread(target=self._listen, args=(self._line,), daemon=True).start()
         self._control.ask("cont")
         if console == "file":
-            self._await_ready(1)
+            self._await_ready()
 
     def _shares(self):
         own = (Share(self.jobs, "/run/jobs", writable=True), Share(self.out, "/out", writable=True))
@@ -247,18 +249,23 @@ class Machine:
         text = (self.folder / "emulator.txt").read_text(encoding="utf-8", errors="replace").strip()
         return text or "it said nothing"
 
-    def _await_ready(self, starts):
+    def _await_ready(self):
         with self._changed:
-            self._changed.wait_for(lambda: self._ready >= starts or self._ended, START_LIMIT)
-            if self._ready >= starts:
+            self._changed.wait_for(lambda: self._ready == self._expected or self._is_lost(), START_LIMIT)
+            if self._ready == self._expected:
                 return
         raise GuestError(self._why_gone())
+
+    def _is_lost(self):
+        return self._ended or self._restarted
 
     def _why_gone(self):
         lines = self.console_text().splitlines()
         for line in lines:
             if "Kernel panic" in line:
                 return f"the guest's kernel gave up: {line.strip()}"
+        if self._restarted:
+            return "the emulated console restarted by itself"
         if self._ended:
             return f"the emulated console ended by itself: {' / '.join(lines[-3:]) or self._emulator_says()}"
         return "the emulated console does not answer"
@@ -308,9 +315,10 @@ class Machine:
 
     def reboot(self):
         """An orderly restart of the running emulator: its clock chip goes on."""
-        starts = self._ready + 1
-        self._line.send("reboot")
-        self._await_ready(starts)
+        with self._changed:
+            self._expected += 1
+        self._ask("reboot")
+        self._await_ready()
 
     def power_cut(self):
         """The power is gone, then back: what was not on a disk is lost, the battery has kept the clock going."""
@@ -351,7 +359,7 @@ class Machine:
         return self.run(["/bin/sh", "-c", text], timeout, **options)
 
     def _ask(self, text):
-        if self._line is None or self._ended:
+        if self._line is None or self._is_lost():
             raise GuestError(self._why_gone())
         self._line.send(text)
 
@@ -361,10 +369,10 @@ class Machine:
 
     def _status_of(self, number, timeout):
         with self._changed:
-            self._changed.wait_for(lambda: number in self._statuses or self._ended, timeout)
+            self._changed.wait_for(lambda: number in self._statuses or self._is_lost(), timeout)
             if number in self._statuses:
                 return self._statuses[number]
-            if self._ended:
+            if self._is_lost():
                 raise GuestError(self._why_gone())
         raise TimeLimit(f"no end within {timeout:g} s")
 
@@ -374,6 +382,7 @@ class Machine:
                 with self._changed:
                     if words[:1] == ["ready"]:
                         self._ready += 1
+                        self._restarted = self._restarted or self._ready > self._expected
                     elif words[:1] == ["done"] and len(words) == 3:
                         self._statuses[int(words[1])] = int(words[2])
                     self._changed.notify_all()

@@ -5,13 +5,14 @@
 
 import importlib.util
 import json
+import signal
 import sys
 import time
 import unittest
 from pathlib import Path
 
-from .results import Verdict
 from .errors import Unavailable
+from .results import Verdict
 from .tree import source_folder
 
 
@@ -42,18 +43,23 @@ def files(fits):
 
 
 class Recorder(unittest.TestResult):
-    def __init__(self, path):
+    """Writes down each verdict at once, so that a crash leaves those before it."""
+
+    def __init__(self, path, results_path, tests):
         super().__init__()
         self._path = path
+        self._results_path = Path(results_path)
+        self._tests = tests
         self._began = 0
-        self.found = []
+        self._found = []
 
     def startTest(self, test):
         super().startTest(test)
         self._began = time.monotonic()
 
     def _add(self, test, kind, text=""):
-        self.found.append([name_of(self._path, test), kind, text, round(time.monotonic() - self._began, 3)])
+        self._found.append([name_of(self._path, test), kind, text, round(time.monotonic() - self._began, 3)])
+        self._results_path.write_text(json.dumps(self._found), encoding="utf-8")
 
     def addSuccess(self, test):
         self._add(test, "passed")
@@ -64,10 +70,14 @@ class Recorder(unittest.TestResult):
 
     def addError(self, test, err):
         super().addError(test, err)
-        if issubclass(err[0], Unavailable):
-            self._add(test, "skipped", str(err[1]))
-        else:
-            self._add(test, "failed", self.errors[-1][1])
+        kind, text = ("skipped", str(err[1])) if issubclass(err[0], Unavailable) else ("failed", self.errors[-1][1])
+        # What a class cannot be set up for happens to all of its cases.
+        members = [test] if isinstance(test, unittest.TestCase) else self._members_named_in(test.id())
+        for member in members:
+            self._add(member, kind, text)
+
+    def _members_named_in(self, text):
+        return [test for test in self._tests if f".{type(test).__name__})" in text]
 
     def addSkip(self, test, reason):
         self._add(test, "skipped", reason)
@@ -84,11 +94,10 @@ def read(path, results_path, said):
 
 
 def main(path, results_path):
-    recorder = Recorder(path)
-    for test in tests_in(path):
-        test.run(recorder)
-        Path(results_path).write_text(json.dumps(recorder.found), encoding="utf-8")
+    tests = tests_in(path)
+    unittest.TestSuite(tests).run(Recorder(path, results_path, tests))
 
 
 if __name__ == "__main__":
+    signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))
     main(*sys.argv[1:])

@@ -111,8 +111,8 @@ class CommandLine(unittest.TestCase):
         if process == 0:
             os.execv(sys.executable, [sys.executable, "-m", "console", "--shell"])
         self.read_until(terminal, b"console:~# ")
-        os.write(terminal, b"sleep 1000\r")
-        self.read_until(terminal, b"sleep 1000")
+        os.write(terminal, b"echo be''gun; sleep 1000\r")
+        self.read_until(terminal, b"begun")
         os.write(terminal, b"\x03")
         self.read_until(terminal, b"console:~# ")
         os.write(terminal, b"tty; exit\r")
