@@ -153,6 +153,12 @@ class Batches(unittest.TestCase):
         made = self.batches(cases.Case("unit", "A.a", alone=True), cases.Case("unit", "B.b", alone=True))
         self.assertEqual(made, [["A.a"], ["B.b"]])
 
+    def test_slow_cases_come_first_and_few_at_a_time(self):
+        slow = [cases.Case("unit", f"S.s{number}", cases.SECONDS + 1) for number in range(suite.SLOW_BATCH + 1)]
+        made = self.batches(cases.Case("unit", "A.a"), *slow)
+        self.assertEqual([len(batch) for batch in made], [suite.SLOW_BATCH, 1, 1])
+        self.assertEqual(made[-1], ["A.a"])
+
     def test_a_batch_has_an_end(self):
         made = self.batches(*(cases.Case("unit", f"A.a{number}") for number in range(suite.BATCH + 1)))
         self.assertEqual([len(batch) for batch in made], [suite.BATCH, 1])
@@ -172,7 +178,7 @@ class Verdicts(WithFolder):
         found, left = self.verdicts(text, outputs={2: b"said"})
         self.assertEqual(found[0], ("unit.S.c1", "passed", ""))
         self.assertEqual(found[1], ("unit.S.c2", "failed", "said\nsignal 11"))
-        self.assertEqual(found[2], ("unit.S.c3", "failed", "\nno end within 60 s"))
+        self.assertEqual(found[2], ("unit.S.c3", "failed", f"\nno end within {cases.SECONDS} s"))
         self.assertEqual(left, [])
 
     def test_a_lost_console_takes_the_running_case_with_it_and_no_other(self):

@@ -10,7 +10,7 @@ from .errors import ConsoleError
 from .tree import binary_folder, source_folder
 
 WHOLE_SUITE = ("unit", "process", "bus", "load", "interface")
-SECONDS = 60
+SECONDS = 120
 SUITE_MEMORY = 512
 KEYS = {"cases", "nand", "memory", "rtc", "modules", "alone", "seconds", "left_out"}
 

@@ -35,6 +35,7 @@ EMPTY_FOLDERS = ("dev", "proc", "sys", "run", "root", "out", "opt/zemo", "var/lo
 EMPTY_FOLDERS += ("mnt/nand", "mnt/usb1", "mnt/sdcard1", "media/usb0")
 
 ACCOUNTS = "root:x:0:0:root:/root:/bin/sh\nnobody:x:65534:65534:nobody:/:/bin/sh\n"
+SECRETS = "root:*:20000:0:99999:7:::\n"
 GROUPS = "root:x:0:\nnogroup:x:65534:\n"
 
 
@@ -88,6 +89,7 @@ def add_libraries(archive, tree):
 
 def add_settings(archive, tree):
     archive.file("etc/passwd", ACCOUNTS.encode())
+    archive.file("etc/shadow", SECRETS.encode(), 0o600)
     archive.file("etc/group", GROUPS.encode())
     archive.file("etc/hosts", b"127.0.0.1 localhost console\n")
     for zone in ZONES:

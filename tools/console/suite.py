@@ -18,6 +18,7 @@ from .tree import binary_folder, source_folder, tree_board
 
 # A program is loaded once a batch; a console that is lost takes no more than one case with it.
 BATCH = 80
+SLOW_BATCH = 8
 SAYING_INTERVAL = 60
 SCENARIO_LIMIT = 600
 DESK_ONLY = "a script of the desk; the console has no Python"
@@ -33,12 +34,15 @@ class Batch:
 
 
 def batches(members):
+    """Slow cases come first and few at a time, so that no console is left alone with many of them at the end."""
     groups = defaultdict(list)
     for number, case in enumerate(members):
-        groups[case.folder, case.options, number if case.alone else -1].append(case)
+        is_slow = case.seconds > cases.SECONDS
+        groups[not is_slow, case.folder, case.options, number if case.alone else -1].append(case)
     made = []
-    for group in groups.values():
-        made += [Batch(group[begin : begin + BATCH]) for begin in range(0, len(group), BATCH)]
+    for key, group in sorted(groups.items(), key=lambda item: item[0][0]):
+        size = BATCH if key[0] else SLOW_BATCH
+        made += [Batch(group[begin : begin + size]) for begin in range(0, len(group), size)]
     return made
 
 
