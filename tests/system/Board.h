@@ -11,7 +11,7 @@ namespace Board {
 // isHere: whether this machine is the emulated board.
 bool isHere();
 
-// hasModule: whether the kernel knows a file system, by its name in /proc/filesystems.
+// hasFileSystem: whether the kernel knows a file system, by its name in /proc/filesystems.
 bool hasFileSystem(const std::string& name);
 
 // isMountPoint: whether something is mounted there, by the kernel's own table.
@@ -40,12 +40,9 @@ private:
   std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
 };
 
-// waitUntil: asks again and again, 20 s at the longest. Gives the last answer.
-template <class Condition_t>
-bool waitUntil(const Condition_t& condition);
-
 void restABit();
 
+// waitUntil: asks again and again, 20 s at the longest. Gives the last answer.
 template <class Condition_t>
 bool waitUntil(const Condition_t& condition) {
   constexpr double patienceSeconds = 20;

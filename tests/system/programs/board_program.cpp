@@ -34,10 +34,10 @@ void say(const char* text) {
   std::fflush(stdout);
 }
 
-bool s_isDone = false;
+volatile std::sig_atomic_t s_isDone = 0;
 
 void beDone(int /*sig*/) {
-  s_isDone = true;
+  s_isDone = 1;
 }
 
 } // namespace
@@ -67,7 +67,7 @@ void traceToLog(int /*sig*/) {
 void waitForSignals() {
   std::signal(SIGUSR1, beDone);
   say("ready");
-  while (!s_isDone) {
+  while (s_isDone == 0) {
     pause();
   }
   say("done");
