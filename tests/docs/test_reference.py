@@ -47,18 +47,17 @@ def normal_type(text):
 class Entry:
     """A function, class or variable of the reference."""
 
-    def __init__(self, name, parameters, words):
+    def __init__(self, name, parameters, member):
         self.name = name
         self.parameters = parameters
-        self.words = words
+        self.words = words_of(member, "briefdescription")
 
     def symbol(self):
         return self.name if self.parameters is None else canonical(f"{self.name}({','.join(self.parameters)})")
 
 
-def words_of(element):
-    return " ".join(" ".join(part.itertext()) for part in (element.find("briefdescription"),
-                                                           element.find("detaileddescription"))).split()
+def words_of(element, *parts):
+    return " ".join(" ".join(element.find(part).itertext()) for part in parts).split()
 
 
 def entries(xml):
@@ -78,10 +77,10 @@ def entry_of(member, scope):
     name = member.findtext("name")
     qualified = f"{scope}::{name}" if scope else name
     if member.get("kind") == "variable":
-        return Entry(qualified, None, words_of(member))
+        return Entry(qualified, None, member)
     types = ["".join(parameter.find("type").itertext()) + (parameter.findtext("array") or "")
              for parameter in member.iter("param")]
-    return Entry(qualified, [normal_type(text) for text in types if text not in ("void", "...")], words_of(member))
+    return Entry(qualified, [normal_type(text) for text in types if text not in ("void", "...")], member)
 
 
 class Filter(unittest.TestCase):
@@ -100,7 +99,8 @@ class Filter(unittest.TestCase):
         self.assertNotIn("Alone", self.filtered("// Top.\n\n// Alone.\n\nvoid one();\n"))
 
     def test_signs_of_doxygen_in_a_comment_are_text(self):
-        self.assertIn(r"/// @brief Prints \%d \@ \<a\> \\n.", self.filtered("// Top.\n\n// Prints %d @ <a> \\n.\nvoid one();"))
+        self.assertIn(r"/// @brief Prints \%d \@ \<a\> \\n \--a.",
+                      self.filtered("// Top.\n\n// Prints %d @ <a> \\n --a.\nvoid one();"))
 
     def test_labels_become_paragraphs_and_tables_stay_as_they_are(self):
         text = self.filtered("// Top.\n\n// One.\n//\n//   Takes    a: first\n//            b: second\n//\n//   in    out\n"
@@ -134,7 +134,7 @@ class Reference(unittest.TestCase):
         pages = collections.Counter()
         for path in (pathlib.Path(self.folder.name) / "xml").glob("*_8h.xml"):
             (compound,) = ElementTree.parse(path).getroot().iter("compounddef")
-            pages[compound.findtext("compoundname")] = len(words_of(compound))
+            pages[compound.findtext("compoundname")] = len(words_of(compound, "briefdescription", "detaileddescription"))
         headers = {path.name for path in (ROOT / "Utils" / "include").glob("*.h")} - {"ZemoExport.h"}
         self.assertEqual({name for name, words in pages.items() if words > 5 and name in headers}, headers)
 
