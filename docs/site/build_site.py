@@ -113,7 +113,8 @@ class Builder:
             # Pages of other packages are named only.
             body = re.sub(r'<a class="Xr" href="([^"]*)\.1\.html">(.*?)</a>',
                           lambda match: match[0] if match[1] in names else match[2], body)
-            write(self.output / "man" / f"{name}.1.html", page(f"{name}(1)", f"<h1>{name}</h1>\n{body}", "../", "man/index.html", "man"))
+            body = f"<h1>{name}</h1>\n{body}"
+            write(self.output / "man" / f"{name}.1.html", page(f"{name}(1)", body, "../", "man/index.html", "man"))
             purpose = re.search(r"^\.Nd (.*)$", source.read_text(encoding="utf-8"), re.MULTILINE).group(1)
             rows.append(f'<tr><td><a href="{name}.1.html">{name}</a></td><td>{html.escape(purpose)}</td></tr>\n')
         body = f'<h1>Programs</h1>\n<div class="wide"><table>\n{"".join(rows)}</table></div>\n'

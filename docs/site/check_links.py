@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 """Checks links: python3 check_links.py ROOT [SITE].
 
-Every relative link of every Markdown file below ROOT, and of every page below SITE, has to lead to a file or folder that
-is there, and to an anchor that is there. Links to the outside are listed and not followed.
+Every relative link of every Markdown file below ROOT, and of every page below SITE, has to lead to a file or folder
+that is there, and to an anchor that is there. Links to the outside are listed and not followed.
 """
 
 import html.parser

@@ -26,7 +26,7 @@ def make(output, header="", footer=""):
             values[name] = str(output / f"{name.lower()}.html")
             pathlib.Path(values[name]).write_text(text, encoding="utf-8")
     settings = re.sub(r"@(\w+)@", lambda match: values[match[1]], (SITE / "Doxyfile.in").read_text(encoding="utf-8"))
-    result = subprocess.run(["doxygen", "-"], input=settings, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
-                            timeout=300, check=False)
+    result = subprocess.run(["doxygen", "-"], input=settings, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                            text=True, timeout=300, check=False)
     if result.returncode != 0 or result.stdout.strip():
         raise RuntimeError("Doxygen has warnings:\n" + result.stdout)

@@ -7,7 +7,8 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 GUIDE = ROOT / "docs" / "guide.md"
 LISTINGS = ROOT / "examples" / "guide"
 
-BLOCK = re.compile(r"(?:^<!-- (?P<note>[^\n]*) -->\n)?^```(?P<language>\w*)\n(?P<text>.*?)^```$", re.MULTILINE | re.DOTALL)
+BLOCK = re.compile(r"(?:^<!-- (?P<note>[^\n]*) -->\n)?^```(?P<language>\w*)\n(?P<text>.*?)^```$",
+                   re.MULTILINE | re.DOTALL)
 LISTING_LANGUAGES = {".cpp": "cpp", ".h": "cpp", ".txt": "cmake"}
 
 

@@ -75,11 +75,12 @@ class BrokenListings(unittest.TestCase):
         self.assertIn("is no part", self.mistake("<!-- part: first/main.cpp -->\n```cpp\ns_stop = 1;\n}\n```\n"))
 
     def test_output_is_compared_line_by_line(self):
-        for shown, printed, holds in ((["a", "b"], ["a", "b"], True), (["a"], ["a", "b"], False), (["a"], ["ab"], False), (["a", "b"], ["a"], False),
-                                      (["..."], [], True), (["...", "b"], ["a", "b"], True), (["a", "..."], ["b"], False),
-                                      (["...", "b", "...", "c"], ["b", "c", "c"], True), (["a ..."], ["a rest"], True),
-                                      (["a ..."], ["b rest"], False), (["1.234 a"], ["99.000 a"], True),
-                                      (["1.234 a"], ["a"], False), (["x 1.234 a"], ["x 1.235 a"], False)):
+        rows = ((["a", "b"], ["a", "b"], True), (["a"], ["a", "b"], False), (["a"], ["ab"], False),
+                (["a", "b"], ["a"], False), (["..."], [], True), (["...", "b"], ["a", "b"], True),
+                (["a", "..."], ["b"], False), (["...", "b", "...", "c"], ["b", "c", "c"], True),
+                (["a ..."], ["a rest"], True), (["a ..."], ["b rest"], False), (["1.234 a"], ["99.000 a"], True),
+                (["1.234 a"], ["a"], False), (["x 1.234 a"], ["x 1.235 a"], False))
+        for shown, printed, holds in rows:
             with self.subTest(f"{shown} {printed}"):
                 expected = guide.Expected(shown)
                 expected.printed = printed

@@ -1,4 +1,4 @@
-"""The man pages say what the programs say: options as --help lists them, environment variables as the sources read them."""
+"""The man pages say what the programs say: options as --help lists them, variables as the sources read them."""
 
 import pathlib
 import re
@@ -88,10 +88,11 @@ class ManPages(unittest.TestCase):
 
     def test_defaults_of_the_help_text_stand_in_the_page(self):
         for name in sorted(programs()):
-            for option, default in re.findall(r"^  (--[\w-]+).*\(default:? (?!ZEMO_)(in memory|\w+)[;,)]", help_of(name), re.MULTILINE):
+            defaults = re.findall(r"^  (--[\w-]+).*\(default:? (?!ZEMO_)(in memory|\w+)[;,)]", help_of(name), re.MULTILINE)
+            for option, default in defaults:
                 with self.subTest(name + option):
-                    text = re.search(rf"^\.It Fl Fl {option[2:]}\b.*\n((?:[^.].*\n)+)", page(name), re.MULTILINE).group(1)
-                    self.assertRegex(text, rf"\b{default} by default")
+                    text = re.search(rf"^\.It Fl Fl {option[2:]}\b.*\n((?:[^.].*\n)+)", page(name), re.MULTILINE)
+                    self.assertRegex(text.group(1), rf"\b{default} by default")
 
     def test_the_environment_is_the_one_that_the_sources_read(self):
         console = read_variables("platform/console/src")

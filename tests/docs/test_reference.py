@@ -24,7 +24,8 @@ TYPES = {"uint8_t": "unsigned char", "uint16_t": "unsigned short", "uint32_t": "
 def canonical(name):
     """A demangled name as the headers could say it: std::string, no allocators, no blanks; thunks are gone."""
     name = re.sub(r"\[abi:\w+\]|(?<=\)) const$", "", name)
-    name = re.sub(r"std::(?:__cxx11::)?basic_string<char, std::char_traits<char>, std::allocator<char> >", "std::string", name)
+    name = re.sub(r"std::(?:__cxx11::)?basic_string<char, std::char_traits<char>, std::allocator<char> >", "std::string",
+                  name)
     name = re.sub(r", std::allocator<[^<>]*> ?(?=>)", "", name)
     return name.replace(" ", "")
 
@@ -88,8 +89,8 @@ class Filter(unittest.TestCase):
         return "\n".join(doxygen_filter.filtered(text.splitlines()))
 
     def test_a_comment_belongs_to_the_declarations_right_below_it(self):
-        text = self.filtered("// Top.\n#pragma once\n\n// one: says it.\nvoid one(int a,\n         int b);\nvoid two();\n\n"
-                             "void three();\n")
+        text = self.filtered("// Top.\n#pragma once\n\n// one: says it.\nvoid one(int a,\n         int b);\nvoid two();\n"
+                             "\nvoid three();\n")
         self.assertEqual(text.count("/// @brief Says it."), 2)
         self.assertIn("/// @brief Says it.\nvoid two();", text)
         self.assertTrue(text.endswith("void three();"))
@@ -103,8 +104,8 @@ class Filter(unittest.TestCase):
                       self.filtered("// Top.\n\n// Prints %d @ <a> \\n --a.\nvoid one();"))
 
     def test_labels_become_paragraphs_and_tables_stay_as_they_are(self):
-        text = self.filtered("// Top.\n\n// One.\n//\n//   Takes    a: first\n//            b: second\n//\n//   in    out\n"
-                             "//   1     2\nvoid one(int a, int b);")
+        text = self.filtered("// Top.\n\n// One.\n//\n//   Takes    a: first\n//            b: second\n//\n"
+                             "//   in    out\n//   1     2\nvoid one(int a, int b);")
         self.assertIn("/// @par Takes\n/// a: first\n/// <br>\n/// b: second\n", text)
         self.assertIn("/// @code{.unparsed}\n/// in    out\n/// 1     2\n/// @endcode", text)
 
@@ -134,7 +135,8 @@ class Reference(unittest.TestCase):
         pages = collections.Counter()
         for path in (pathlib.Path(self.folder.name) / "xml").glob("*_8h.xml"):
             (compound,) = ElementTree.parse(path).getroot().iter("compounddef")
-            pages[compound.findtext("compoundname")] = len(words_of(compound, "briefdescription", "detaileddescription"))
+            words = words_of(compound, "briefdescription", "detaileddescription")
+            pages[compound.findtext("compoundname")] = len(words)
         headers = {path.name for path in (ROOT / "Utils" / "include").glob("*.h")} - {"ZemoExport.h"}
         self.assertEqual({name for name, words in pages.items() if words > 5 and name in headers}, headers)
 

@@ -1,4 +1,4 @@
-"""The site can be built, holds every document, needs no network, and every link of it and of the tree leads somewhere."""
+"""The site can be built, holds every document and needs no network; every link of it and of the tree leads somewhere."""
 
 import html.parser
 import pathlib
@@ -76,9 +76,10 @@ class Site(TemporaryFolderTest):
             with self.subTest(name):
                 text = (self.folder / name).read_text(encoding="utf-8")
                 up = "../" * name.count("/")
-                self.assertEqual({target for target, _ in build_site.NAVIGATION if f'<a href="{up}{target}"' not in text},
-                                 set())
-                self.assertEqual([target for tag, target in Loaded(text).found if tag == "script" or "//" in target], [])
+                lacking = {target for target, _ in build_site.NAVIGATION if f'<a href="{up}{target}"' not in text}
+                self.assertEqual(lacking, set())
+                foreign = [target for tag, target in Loaded(text).found if tag == "script" or "//" in target]
+                self.assertEqual(foreign, [])
         for path in self.folder.rglob("*.css"):
             text = path.read_text(encoding="utf-8")
             self.assertFalse("@import" in text, path.name)
