@@ -85,7 +85,7 @@ class Board:
         kinds = {storage.kind for storage in self.storages().values()}
         groups = ["virtio", "9p", "can", *self.modules, *(kind for kind in ("vfat", "ext4") if kind in kinds)]
         lines = [f"modules {group}" for group in groups]
-        lines += [f"share {tag} {share.target} {share.options}" for tag, share in shares.items()]
+        lines += [f"share {tag} {share.options} {share.target}" for tag, share in shares.items()]
         letters = iter("abcdefghijklmnopqrstuvwxyz")
         for path, storage in self.storages().items():
             mode = "ro" if storage.read_only else "rw"
