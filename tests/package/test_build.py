@@ -24,14 +24,15 @@ ARCHITECTURES = ("amd64", "i386")
 PACKAGES = ("libzemoutils", "libzemoutils-dev", "zemo-desk")
 LONGEST_WAIT = 1200  # seconds; reached only where a command hangs
 SKIPPED = 77
-# Another time, another language, files for oneself only, and no results of an earlier compiler.
+# Another zone of time, another language, and no results of an earlier compiler; files are for oneself only.
 OTHER_SURROUNDINGS = {"TZ": "Pacific/Auckland", "LC_ALL": "C", "CCACHE_DISABLE": "1"}
+FOR_ONESELF = 0o077
 
 
-def run(*command, succeeds=True, **environment):
+def run(*command, umask=0o022, **environment):
     result = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False,
-                            timeout=LONGEST_WAIT, env={**os.environ, **environment}, umask=environment and 0o077 or -1)
-    if (result.returncode == 0) != succeeds:
+                            timeout=LONGEST_WAIT, env={**os.environ, **environment}, umask=umask)
+    if result.returncode != 0:
         raise AssertionError(f"{' '.join(command)} ended with {result.returncode}:\n{result.stdout[-8000:]}")
     return result.stdout
 
@@ -54,7 +55,8 @@ def setUpModule():
         if not shutil.which(tool):
             print(f"skipped: {tool} is not installed")
             sys.exit(SKIPPED)
-    print(run(os.path.join(SOURCE_FOLDER, "packaging", "make_packages"), BUILD_FOLDER).splitlines()[-6:], flush=True)
+    output = run(os.path.join(SOURCE_FOLDER, "packaging", "make_packages"), BUILD_FOLDER)
+    print("\n".join(output.splitlines()[-6:]), flush=True)
 
 
 class Packages(unittest.TestCase):
@@ -125,7 +127,7 @@ class Packages(unittest.TestCase):
 
     def make_all(self, source):
         folder = os.path.join(self.folder, "build")
-        run(os.path.join(source, "packaging", "make_packages"), folder, **OTHER_SURROUNDINGS)
+        run(os.path.join(source, "packaging", "make_packages"), folder, umask=FOR_ONESELF, **OTHER_SURROUNDINGS)
         made = glob.glob(os.path.join(folder, "packages", "*.deb"))
         self.assertEqual(len(made), 6)
         return made
@@ -134,8 +136,8 @@ class Packages(unittest.TestCase):
         folder = os.path.join(self.folder, "build")
         epoch = run("dpkg-parsechangelog", "-l", os.path.join(source, "packaging", "changelog"), "-S", "Timestamp").strip()
         surroundings = {"SOURCE_DATE_EPOCH": epoch, **OTHER_SURROUNDINGS}
-        run("cmake", "-S", source, "--preset", "package32", "-B", folder, **surroundings)
-        run("cmake", "--build", folder, "--target", "zemoUtils", **surroundings)
+        run("cmake", "-S", source, "--preset", "package32", "-B", folder, umask=FOR_ONESELF, **surroundings)
+        run("cmake", "--build", folder, "--target", "zemoUtils", umask=FOR_ONESELF, **surroundings)
         run("cpack", "--config", os.path.join(folder, "CPackConfig.cmake"), "-B", os.path.join(folder, "cpack"),
             "-D", "CPACK_COMPONENTS_ALL=runtime;development", **surroundings)
         made = glob.glob(os.path.join(folder, "cpack", "*.deb"))
