@@ -385,18 +385,22 @@ class Machine:
         try:
             for words in line.words():
                 with self._changed:
-                    if words[:1] == ["ready"]:
-                        self._ready += 1
-                        self._restarted = self._restarted or self._ready > self._expected
-                    elif words[:1] == ["done"] and len(words) == 3:
-                        self._statuses[int(words[1])] = int(words[2])
+                    self._take(words)
                     self._changed.notify_all()
         except (OSError, ValueError):
-            pass
+            pass  # closed while it was read
         with self._changed:
             if line is self._line:
                 self._ended = True
             self._changed.notify_all()
+
+    def _take(self, words):
+        """One line of the guest; anything but these is noise of a start."""
+        if words[:1] == ["ready"]:
+            self._ready += 1
+            self._restarted = self._restarted or self._ready > self._expected
+        elif len(words) == 3 and words[0] == "done" and words[1].isdigit() and words[2].isdigit():
+            self._statuses[int(words[1])] = int(words[2])
 
 
 def command_text(program, environment=None, directory="/root", user=None):
