@@ -164,7 +164,7 @@ def run_scenario_file(path):
         environment = dict(
             os.environ, PYTHONPATH=str(source_folder() / "tools"), ZEMO_BINARY_DIR=str(binary_folder())
         )
-        command = [sys.executable, "-m", "console.scenarios", str(path), file.name]
+        command = ["setpriv", "--pdeathsig", "TERM", sys.executable, "-m", "console.scenarios", str(path), file.name]
         try:
             ended = subprocess.run(
                 command, env=environment, capture_output=True, text=True, timeout=SCENARIO_LIMIT, check=False
