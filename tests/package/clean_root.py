@@ -17,6 +17,7 @@ SKIPPED = 77
 LONGEST_WAIT = 1200  # seconds; reached only where a command hangs
 INCLUDED = ("g++", "cmake", "make", "pkg-config", "dpkg-dev")
 FOREIGN_LIBRARIES = ("libc6:i386", "libgcc-s1:i386", "libstdc++6:i386")
+OWN_MOUNTS_AND_PROCESSES = ("unshare", "--mount", "--pid", "--fork", "--kill-child", "--propagation", "private")
 USER = 1000
 # Where the package manager keeps its own notes.
 NO_FILES_OF_PACKAGES = ("/proc", "/tmp", "/home", "/var/cache/apt", "/var/lib/apt", "/var/log", "/var/cache/ldconfig",
@@ -51,7 +52,7 @@ def require_root_and_tools():
     for tool in ("mmdebstrap", "arch-test", "zstd", "unshare", "dpkg-deb"):
         if not shutil.which(tool):
             raise NotPossible(f"{tool} is not installed")
-    result = output_of("unshare", "--mount", "--pid", "--fork", "--propagation", "private", "true")
+    result = output_of(*OWN_MOUNTS_AND_PROCESSES, "true")
     if result.returncode != 0:
         raise NotPossible(f"no mounts of its own: {result.stdout.strip()}")
 
@@ -91,7 +92,8 @@ def make_archive(architecture, archive):
         architectures.append("i386")
         hooks.append('APT_CONFIG="$MMDEBSTRAP_APT_CONFIG" apt-get install -y --download-only '
                      + " ".join(FOREIGN_LIBRARIES))
-    hooks.append(f'echo "user:x:{USER}:{USER}::/home/user:/bin/sh" >>"$1/etc/passwd"; install -d -o {USER} "$1/home/user"')
+    hooks.append(f'echo "user:x:{USER}:{USER}::/home/user:/bin/sh" >>"$1/etc/passwd"')
+    hooks.append(f'install -d -o {USER} -g {USER} "$1/home/user"')
     unfinished = archive + ".new.tar.zst"
     command = ["mmdebstrap", "--mode=root", "--variant=minbase", f"--architectures={','.join(architectures)}",
                f"--include={','.join(INCLUDED)}", "--dpkgopt=force-unsafe-io", "--skip=cleanup/apt",
@@ -143,8 +145,8 @@ class CleanRoot:
         mount = f"mount -t proc proc {shlex.quote(self.path('proc'))}"
         environment = {"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "HOME": home, "LC_ALL": "C.UTF-8",
                        "DEBIAN_FRONTEND": "noninteractive"}
-        result = output_of("unshare", "--mount", "--pid", "--fork", "--kill-child", "--propagation", "private", "sh", "-c",
-                           f"{mount} && exec {inside}", env=environment, stdin=subprocess.DEVNULL)
+        result = output_of(*OWN_MOUNTS_AND_PROCESSES, "sh", "-c", f"{mount} && exec {inside}", env=environment,
+                           stdin=subprocess.DEVNULL)
         if (result.returncode == 0) != succeeds:
             raise AssertionError(f"in the {self.architecture} root ended with {result.returncode}:\n{command}\n"
                                  f"{result.stdout}")

@@ -85,7 +85,8 @@ class Packages(unittest.TestCase):
 
     def test_lintian_finds_neither_errors_nor_warnings(self):
         packages = [package_file(name, architecture) for name in PACKAGES for architecture in ARCHITECTURES]
-        run("lintian", "--allow-root", "--tag-display-limit", "0", "--fail-on", "error,warning", *packages, LC_ALL="C.UTF-8")
+        run("lintian", "--allow-root", "--tag-display-limit", "0", "--fail-on", "error,warning", *packages,
+            LC_ALL="C.UTF-8")
 
     def test_packages_ask_for_exactly_each_other(self):
         for architecture in ARCHITECTURES:
@@ -134,7 +135,8 @@ class Packages(unittest.TestCase):
 
     def make_library32(self, source):
         folder = os.path.join(self.folder, "build")
-        epoch = run("dpkg-parsechangelog", "-l", os.path.join(source, "packaging", "changelog"), "-S", "Timestamp").strip()
+        changelog = os.path.join(source, "packaging", "changelog")
+        epoch = run("dpkg-parsechangelog", "-l", changelog, "-S", "Timestamp").strip()
         surroundings = {"SOURCE_DATE_EPOCH": epoch, **OTHER_SURROUNDINGS}
         run("cmake", "-S", source, "--preset", "package32", "-B", folder, umask=FOR_ONESELF, **surroundings)
         run("cmake", "--build", folder, "--target", "zemoUtils", umask=FOR_ONESELF, **surroundings)

@@ -23,7 +23,8 @@ class Reproducible(building.TemporaryFolderTest):
         copied_tree.copy(building.SOURCE_FOLDER, source)
         same = [f"-D{name}={value}" for name, value in building.CACHE.items() if name == "ZEMO_STRING_ABI"]
         surroundings = {"TZ": "Pacific/Auckland", "CCACHE_DISABLE": "1"}
-        building.configure(source, folder, "-DZEMO_BUILD_TESTS=OFF", "-DCMAKE_CXX_COMPILER_LAUNCHER=", *same, **surroundings)
+        building.configure(source, folder, "-DZEMO_BUILD_TESTS=OFF", "-DCMAKE_CXX_COMPILER_LAUNCHER=", *same,
+                           **surroundings)
         building.build(folder, "--target", "zemoUtils", "-j", "1", **surroundings)
         return folder
 
