@@ -99,5 +99,6 @@ def main(path, results_path):
 
 
 if __name__ == "__main__":
-    signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))
+    # unittest lets only this one through.
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     main(*sys.argv[1:])
