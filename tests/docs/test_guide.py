@@ -49,8 +49,19 @@ class Listings(unittest.TestCase):
     def test_packages_to_install_are_those_that_a_build_needs(self):
         script = (guide.ROOT / "dev").read_text(encoding="utf-8")
         needed = re.search(r"^readonly packages_build=\((.*?)\)", script, re.MULTILINE | re.DOTALL).group(1).split()
-        apart = [block.text for block in guide.blocks(TEXT) if block.kind == "not run"]
-        self.assertEqual(apart, ["$ sudo apt-get install -y " + " ".join(needed) + "\n"])
+        first, packages = [block.text for block in guide.blocks(TEXT) if block.kind == "not run"]
+        self.assertEqual(first, "$ sudo apt-get install -y " + " ".join(needed) + "\n")
+        self.assertRegex(packages, r"^\$ ./dev package\n\$ sudo apt-get install -y ./build/packages/\*_amd64.deb\n")
+        self.assertIn("\n$ cp -r /usr/share/doc/zemo-desk/examples/guide ~/guide\n$ cd ~/guide\n", packages)
+
+    def test_packages_are_made_and_laid_out_as_it_says(self):
+        script = (guide.ROOT / "dev").read_text(encoding="utf-8")
+        self.assertIn("\n  package [--check] ", script)
+        maker = (guide.ROOT / "packaging" / "make_packages").read_text(encoding="utf-8")
+        self.assertIn("\npackages=$build/packages\n", maker)
+        rules = (guide.ROOT / "cmake" / "Packages.cmake").read_text(encoding="utf-8")
+        self.assertIn("set(examples_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/zemo-desk/examples)", rules)
+        self.assertIn("install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/guide DESTINATION ${examples_dir} ", rules)
 
 
 class BrokenListings(unittest.TestCase):
