@@ -29,6 +29,7 @@ PAGES = (
     ("Utils/README.md", "library.html", ""),
     ("platform/README.md", "platform.html", ""),
 )
+MOSTLY_TABLES = ("behaviours.html", "library.html")
 NAVIGATION = ([(name, title) for _, name, title in PAGES[:4]] + [("reference/files.html", "Reference"),
                                                                  ("man/index.html", "Programs")] +
               [(name, title) for _, name, title in PAGES[4:] if title])
@@ -77,10 +78,12 @@ class Builder:
         text = (ROOT / source).read_text(encoding="utf-8")
         body = markdown.to_html(text)
         body = re.sub(r'href="([^"]*)"', lambda match: f'href="{self.link(source, html.unescape(match[1]))}"', body)
+        body = re.sub(r"(<code>[A-Z]\w+\.)(?=[A-Z]\w+</code>)", r"\1<wbr>", body)  # the name of a test may be broken
         body = body.replace("<table>", '<div class="wide"><table>').replace("</table>", "</table></div>")
         title = re.search(r"^# (.*)$", text, re.MULTILINE).group(1)
         title = title if title == "libzemoUtils" else f"{title} - libzemoUtils"
-        write(self.output / name, page(title, self.contents(body) + body, current=name))
+        kind = "tables" if name in MOSTLY_TABLES else "text"
+        write(self.output / name, page(title, self.contents(body) + body, current=name, kind=kind))
 
     @staticmethod
     def contents(body):
