@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <functional>
 #include <map>
 #include <string>
@@ -199,5 +200,6 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "zemo_board_program: no such verb, or not with so many arguments\n");
     return usageError;
   }
+  tzset(); // as an application has done that shows times: the library takes the zone as it finds it
   return verb->second.run({arguments.begin() + 1, arguments.end()});
 }
