@@ -29,9 +29,9 @@ __attribute__((always_inline)) inline Packed_s packFour(__m128i values) {
   const __m128i many = _mm_or_si128(_mm_or_si128(first, middle), _mm_or_si128(last, marks));
   const __m128i one = _mm_slli_epi32(values, 16);
   const __m128i characters = _mm_or_si128(_mm_and_si128(isMany, many), _mm_andnot_si128(isMany, one));
-  const int lengths = _mm_movemask_ps(_mm_castsi128_ps(isMany)) | _mm_movemask_ps(_mm_castsi128_ps(isThree)) << 4;
-  const auto index = static_cast<uint32_t>(lengths);
-  return {packBytes(characters, index), bytePacking.counts[index]};
+  const int mask = _mm_movemask_ps(_mm_castsi128_ps(isMany)) | _mm_movemask_ps(_mm_castsi128_ps(isThree)) << 4;
+  const auto& order = bytePacking.orders[bytePacking.numbers[static_cast<std::size_t>(mask)]];
+  return {shuffle(characters, loadBlock(order.data())), order.back()};
 }
 
 // The bytes of eight units without surrogates, in two halves. The last units may be zeros that do not count.
@@ -67,44 +67,6 @@ inline __m128i loadLastUnits(const uint16_t* end, std::size_t size) {
   return moveToFront(loadBlock(end - unitsOfBlock), 2 * (unitsOfBlock - size));
 }
 
-// Counts the bytes of units without surrogates.
-class ByteCounter_c {
-public:
-  __attribute__((always_inline)) void take(__m128i block) {
-    const __m128i none = _mm_setzero_si128();
-    const __m128i isOne = _mm_cmpeq_epi16(_mm_subs_epu16(block, units(0x7F)), none);
-    const __m128i isTwoAtMost = _mm_cmpeq_epi16(_mm_subs_epu16(block, units(0x7FF)), none);
-    m_saved = _mm_sub_epi16(m_saved, _mm_add_epi16(isOne, isTwoAtMost));
-    m_surrogates = _mm_or_si128(m_surrogates, surrogatesOf(block));
-  }
-
-  bool hasSurrogates() const { return maskOf(m_surrogates) != 0; }
-
-  // Of that many units.
-  std::size_t bytes(std::size_t size) const {
-    const __m128i sums = _mm_sad_epu8(m_saved, _mm_setzero_si128());
-    const int saved = _mm_cvtsi128_si32(sums) + _mm_cvtsi128_si32(_mm_srli_si128(sums, 8));
-    return 3 * size - static_cast<std::size_t>(saved);
-  }
-
-private:
-  __m128i m_saved = _mm_setzero_si128(); // of three bytes for each unit; a run is short enough for a byte
-  __m128i m_surrogates = _mm_setzero_si128();
-};
-
-// Visits the blocks of a run; behind its last units stand zeros.
-template <class Visit_c>
-__attribute__((always_inline)) inline void visitUnits(const uint16_t* text, std::size_t size, const Visit_c& visit) {
-  std::size_t place = 0;
-  for (; size - place >= unitsOfBlock; place += unitsOfBlock) {
-    visit(loadBlock(text + place));
-  }
-  if (place == size) {
-    return;
-  }
-  visit(size < unitsOfBlock ? loadUnits(text, size) : loadLastUnits(text + size, size - place));
-}
-
 // Units up to the first surrogate.
 inline std::size_t unitsBeforeSurrogate(const uint16_t* text, std::size_t size) {
   std::size_t place = 0;
@@ -114,25 +76,8 @@ inline std::size_t unitsBeforeSurrogate(const uint16_t* text, std::size_t size) 
   return place;
 }
 
-// Units up to the first surrogate, and how many bytes they become.
-struct Run_s {
-  std::size_t units;
-  std::size_t bytes;
-};
-
-inline Run_s surveyRun(const uint16_t* text, std::size_t size) {
-  ByteCounter_c counter;
-  visitUnits(text, size, [&](__m128i block) { counter.take(block); });
-  if (counter.hasSurrogates()) {
-    return surveyRun(text, unitsBeforeSurrogate(text, size));
-  }
-  const std::size_t withZeros = (size + unitsOfBlock - 1) / unitsOfBlock * unitsOfBlock;
-  return {size, counter.bytes(withZeros) - (withZeros - size)};
-}
-
 constexpr std::size_t spareBytes = 2 * blockSize;
 constexpr std::size_t longestRun = 256;
-constexpr std::size_t longestRunAmongPairs = 32;
 
 // Lets a result be written that leaves 32 bytes of anything behind it, so that nothing of them is seen. False where
 // there is no room.
@@ -142,7 +87,7 @@ __attribute__((always_inline)) inline bool writeExactly(uint8_t* target, std::si
   if (room < size) {
     return false;
   }
-  std::array<uint8_t, 3 * longestRun + 2 * spareBytes> result; // NOLINT: filled by the next lines
+  std::array<uint8_t, 3 * 2 * unitsOfBlock + 2 * spareBytes> result; // NOLINT: filled by the next lines
   const bool hasSpare = room - size >= spareBytes;
   uint8_t* place = hasSpare ? target : result.data();
   const __m128i behind = loadBlock(place + size);
@@ -179,12 +124,41 @@ inline std::size_t takeShort(const uint16_t* text, std::size_t size, uint8_t* ta
   return !hasSurrogates && writeExactly(target, room, count, write) ? count : 0;
 }
 
-inline void writeRun(const uint16_t* text, std::size_t size, uint8_t* target) {
-  visitUnits(text, size, [&](__m128i block) {
+// What has been converted: units of the source, and where the result ends.
+struct Converted_s {
+  std::size_t units;
+  uint8_t* end;
+};
+
+// Converts units up to the first surrogate where nobody cares about what stands behind the result.
+//
+//   Takes    target: room for three bytes for each unit and spareBytes
+__attribute__((noinline)) inline Converted_s convertUnits(const uint16_t* text, std::size_t size, uint8_t* target) {
+  std::size_t place = 0;
+  for (; place < size; place += unitsOfBlock) {
+    std::size_t left = size - place;
+    __m128i block;
+    if (left >= unitsOfBlock) {
+      block = loadBlock(text + place);
+    } else {
+      block = size < unitsOfBlock ? loadUnits(text, size) : loadLastUnits(text + size, left);
+    }
+    if (maskOf(surrogatesOf(block)) != 0) {
+      left = unitsBeforeSurrogate(text + place, left);
+      if (left == 0) {
+        break;
+      }
+      block = loadUnits(text + place, left);
+    }
     const Bytes_s result = bytesOf(block);
     result.write(target);
     target += result.count();
-  });
+    if (left < unitsOfBlock) {
+      // The zeros behind the last units have become a byte each.
+      return {place + left, target - (unitsOfBlock - left)};
+    }
+  }
+  return {place, target};
 }
 
 // Four pairs of surrogates as four characters of four bytes.
@@ -250,51 +224,32 @@ inline void takePairs(Cursors_s& cursors) {
   }
 }
 
-// Units up to the next surrogate, so many at most; gives how many.
-inline std::size_t takeRun(Cursors_s& cursors, std::size_t longest) {
-  const Run_s run = surveyRun(cursors.source, std::min(cursors.size(), longest));
-  const auto write = [&](uint8_t* place) { writeRun(cursors.source, run.units, place); };
-  if (!writeExactly(cursors.target, cursors.room(), run.bytes, write)) {
-    return 0;
+// Units up to the next surrogate. False where there is no room for them.
+inline bool takeRun(Cursors_s& cursors) {
+  std::array<uint8_t, 3 * longestRun + spareBytes> result; // NOLINT: filled by the next line
+  const Converted_s converted = convertUnits(cursors.source, std::min(cursors.size(), longestRun), result.data());
+  const std::size_t bytes = unitsBetween<uint8_t>(result.data(), converted.end);
+  if (cursors.room() < bytes) {
+    return false;
   }
-  cursors.advance(run.units, run.bytes);
-  return run.units;
+  copyExactly(cursors.target, result.data(), bytes);
+  cursors.advance(converted.units, bytes);
+  return true;
 }
 
 __attribute__((noinline)) inline void takeRuns(const uint16_t** source, const uint16_t* sourceEnd, uint8_t** target,
                                                uint8_t* targetEnd) {
   Cursors_s cursors = {*source, sourceEnd, *target, targetEnd};
-  std::size_t longest = longestRun;
   std::size_t before = 0;
   for (std::size_t left = cursors.size(); left > 0 && left != before; left = cursors.size()) {
     before = left;
     takeAscii(cursors);
-    const bool isCut = takeRun(cursors, longest) < longest;
-    // Where there are surrogates there are more: to look far ahead would be in vain.
-    longest = isCut ? longestRunAmongPairs : longestRun;
-    if (cursors.size() > 0) {
+    if (takeRun(cursors)) {
       takePairs(cursors);
     }
   }
   *source = cursors.source;
   *target = cursors.target;
-}
-
-// Converts the whole of a text without surrogates where nobody cares about what stands behind the result.
-//
-//   Takes    target: room for three bytes for each unit and spareBytes
-//   Gives    the end of the result, null for a text with surrogates
-inline uint8_t* takeWithoutSurrogates(const uint16_t* text, std::size_t size, uint8_t* target) {
-  __m128i surrogates = _mm_setzero_si128();
-  visitUnits(text, size, [&](__m128i block) {
-    surrogates = _mm_or_si128(surrogates, surrogatesOf(block));
-    const Bytes_s result = bytesOf(block);
-    result.write(target);
-    target += result.count();
-  });
-  // The zeros behind the last units have become a byte each.
-  const std::size_t zeros = (unitsOfBlock - size % unitsOfBlock) % unitsOfBlock;
-  return maskOf(surrogates) == 0 ? target - zeros : nullptr;
 }
 
 // Converts UTF-16 while there are well-formed characters and room for them.

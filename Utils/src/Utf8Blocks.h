@@ -1,7 +1,8 @@
 // Well-formed UTF-8 on the fast way: checked, and turned into UTF-16 or UTF-32.
 //
 // Each byte that ends a character is given the character's value, by the three bytes before it; then the values at
-// those bytes are moved together. How much that will be is known before anything is written.
+// those bytes are moved together. A short text goes straight to its place when it is known to be right and to fit
+// there; a piece of a longer one is made beside it first.
 #pragma once
 
 #include "UtfBlocks.h"
@@ -58,15 +59,20 @@ __attribute__((noinline)) inline Window_s windowNearStart(const uint8_t* text, s
   return window;
 }
 
-inline Window_s windowAt(const uint8_t* text, std::size_t place) {
-  if (place == 0) {
-    return windowAtStart(loadBlock(text));
+__attribute__((noinline)) inline Window_s windowOfShortText(const uint8_t* text, std::size_t size) {
+  return windowAtStart(loadPart(text, size));
+}
+
+// Blocks of 16 bytes, but for a text that ends before that.
+inline Window_s windowAt(const uint8_t* text, std::size_t place, std::size_t end) {
+  if (place >= 3) {
+    return {loadBlock(text + place), loadBlock(text + place - 1), loadBlock(text + place - 2),
+            loadBlock(text + place - 3)};
   }
-  if (place < 3) {
+  if (place > 0) {
     return windowNearStart(text, place);
   }
-  return {loadBlock(text + place), loadBlock(text + place - 1), loadBlock(text + place - 2),
-          loadBlock(text + place - 3)};
+  return end < blockSize ? windowOfShortText(text, end) : windowAtStart(loadBlock(text));
 }
 
 // What there is to do with a window: the bytes that come for the first time, from bit first on, and whether a character
@@ -91,19 +97,18 @@ inline Window_s windowOfAll(const uint8_t* text, std::size_t size) {
 }
 
 // Visits the blocks of a piece of a text that begins and ends between characters: whole ones, and for what is left
-// behind them the last 16 bytes up to the piece's end.
+// behind them the last 16 bytes up to the piece's end. The visit stands in the code once, whatever block it is for.
 template <class Visit_c>
 __attribute__((always_inline)) inline void visitBlocks(const uint8_t* text, std::size_t begin, std::size_t end,
                                                        const Visit_c& visit) {
-  if (end < blockSize) {
-    visit(windowAtStart(loadPart(text, end)), Task_s{(1U << end) - 1, 0, true});
-    return;
+  for (std::size_t place = begin; place < end; place += blockSize) {
+    const bool isLast = end - place <= blockSize;
+    const std::size_t from = isLast && end >= blockSize ? end - blockSize : place;
+    const auto first = static_cast<unsigned int>(place - from);
+    const auto behind = static_cast<unsigned int>(std::min(end - from, blockSize));
+    const bool isNextStart = isLast || !isContinuation(text[place + blockSize]);
+    visit(windowAt(text, from, end), Task_s{(1U << behind) - (1U << first), first, isNextStart});
   }
-  std::size_t place = begin;
-  for (; end - place > blockSize; place += blockSize) {
-    visit(windowAt(text, place), Task_s{allBytes, 0, !isContinuation(text[place + blockSize])});
-  }
-  visit(windowAt(text, end - blockSize), lastTask(end - place));
 }
 
 // Follows a piece of UTF-8 from block to block. Characters of four bytes are rare and cost more: without them a
@@ -237,78 +242,6 @@ inline std::size_t countOf(uint32_t ends) {
   return std::size_t{unitPacking.counts[ends & 0xFF]} + unitPacking.counts[ends >> 8];
 }
 
-constexpr std::size_t pieceSize = 256;
-
-// Where the units of a piece end, block by block, and how many there are.
-struct Plan_s {
-  std::array<uint32_t, pieceSize / blockSize> ends;
-  std::size_t size;
-  bool isWellFormed;
-  bool hasFour;
-};
-
-template <bool WithFour>
-inline void makePlan(const uint8_t* text, std::size_t begin, std::size_t end, Plan_s& plan) {
-  Follower_c<WithFour> follower;
-  std::size_t size = 0;
-  std::size_t index = 0;
-  visitBlocks(text, begin, end, [&](const Window_s& window, const Task_s& task) {
-    const uint32_t ends = follower.take(window, task);
-    plan.ends[index++] = ends;
-    size += countOf(ends);
-  });
-  plan.size = size;
-  plan.isWellFormed = follower.isWellFormed();
-  plan.hasFour = follower.hasFour();
-}
-
-// hasFour: whether characters of four bytes are likely; afterwards, whether there were any.
-inline void makePlan(const uint8_t* text, std::size_t begin, std::size_t end, bool& hasFour, Plan_s& plan) {
-  if (!hasFour) {
-    makePlan<false>(text, begin, end, plan);
-  }
-  if (hasFour || plan.hasFour) {
-    makePlan<true>(text, begin, end, plan);
-  }
-  hasFour = plan.hasFour;
-}
-
-template <class Unit_t>
-inline void writePiece(const uint8_t* text, std::size_t begin, std::size_t end, const Plan_s& plan, Unit_t* target) {
-  std::size_t index = 0;
-  visitBlocks(text, begin, end, [&](const Window_s& window, const Task_s&) {
-    target += writeValues(valuesOf(window), plan.ends[index++], target);
-  });
-}
-
-inline void writePieceWithFour(const uint8_t* text, std::size_t begin, std::size_t end, const Plan_s& plan,
-                               uint16_t* target) {
-  std::size_t index = 0;
-  visitBlocks(text, begin, end, [&](const Window_s& window, const Task_s& task) {
-    const uint32_t ends = plan.ends[index++];
-    if (task.fresh == allBytes && isFourTimesFour(window.block)) {
-      storeBlock(target, pairsOf(window.block));
-      target += 8;
-    } else {
-      target += writeValues(valuesWithSurrogates(window), ends, target);
-    }
-  });
-}
-
-// In UTF-32, by way of UTF-16; gives how many units.
-inline std::size_t writePieceWithFour(const uint8_t* text, std::size_t begin, std::size_t end, const Plan_s& plan,
-                                      uint32_t* target) {
-  std::array<uint16_t, pieceSize + 2 * spareUnits> pairs; // NOLINT: filled by the next line
-  writePieceWithFour(text, begin, end, plan, pairs.data());
-  std::size_t written = 0;
-  for (std::size_t place = 0; place < plan.size; ++written) {
-    const Character_s character = readCharacter(&pairs[place], pairs.data() + plan.size, strict);
-    store(target + written, character.value);
-    place += character.length;
-  }
-  return written;
-}
-
 // Lets a result be written that leaves eight units of anything behind it, so that nothing of them is seen. False where
 // there is no room.
 template <class Unit_t, class Write_c>
@@ -317,7 +250,7 @@ __attribute__((always_inline)) inline bool writeExactly(Unit_t* target, std::siz
   if (room < size) {
     return false;
   }
-  std::array<Unit_t, pieceSize + 2 * spareUnits> result; // NOLINT: filled by the next lines
+  std::array<Unit_t, 2 * blockSize + 2 * spareUnits> result; // NOLINT: filled by the next lines
   const bool hasSpare = room - size >= spareUnits;
   Unit_t* place = hasSpare ? target : result.data();
   const Behind_c<Unit_t> behind(place + size);
@@ -342,7 +275,7 @@ inline std::size_t takeShort(const uint8_t* text, std::size_t size, Unit_t* targ
     return follower.isWellFormed() && writeExactly(target, room, count, write) ? count : 0;
   }
   const Window_s first = windowAtStart(loadBlock(text));
-  const Window_s second = windowAt(text, size - blockSize);
+  const Window_s second = windowAt(text, size - blockSize, size);
   const uint32_t firstEnds = follower.take(first, Task_s{allBytes, 0, !isContinuation(text[blockSize])});
   const uint32_t secondEnds = follower.take(second, lastTask(size - blockSize));
   const std::size_t count = countOf(firstEnds) + countOf(secondEnds);
@@ -351,6 +284,77 @@ inline std::size_t takeShort(const uint8_t* text, std::size_t size, Unit_t* targ
     writeValues(valuesOf(second), secondEnds, place);
   };
   return follower.isWellFormed() && writeExactly(target, room, count, write) ? count : 0;
+}
+
+constexpr std::size_t pieceSize = 256;
+
+// What a piece of a text becomes in UTF-16. Behind the units that count there is room for those that do not.
+struct Units_s {
+  std::array<uint16_t, pieceSize + 2 * spareUnits> units;
+  std::size_t size;
+  bool isWellFormed;
+  bool hasFour;
+};
+
+// A piece of at most pieceSize bytes, right or wrong.
+template <bool WithFour>
+__attribute__((noinline)) inline void convertPiece(const uint8_t* text, std::size_t begin, std::size_t end,
+                                                   Units_s& result) {
+  Follower_c<WithFour> follower;
+  uint16_t* target = result.units.data();
+  visitBlocks(
+      text, begin, end, [&](const Window_s& window, const Task_s& task) __attribute__((always_inline)) {
+        const uint32_t ends = follower.take(window, task);
+        if (WithFour && task.fresh == allBytes && isFourTimesFour(window.block)) {
+          storeBlock(target, pairsOf(window.block));
+          target += 8;
+          return;
+        }
+        target += writeValues(WithFour ? valuesWithSurrogates(window) : valuesOf(window), ends, target);
+      });
+  result.size = static_cast<std::size_t>(target - result.units.data());
+  result.isWellFormed = follower.isWellFormed();
+  result.hasFour = follower.hasFour();
+}
+
+// hasFour: whether characters of four bytes are likely; afterwards, whether there were any.
+inline void convertPiece(const uint8_t* text, std::size_t begin, std::size_t end, bool& hasFour, Units_s& result) {
+  if (!hasFour) {
+    convertPiece<false>(text, begin, end, result);
+  }
+  if (hasFour || result.hasFour) {
+    convertPiece<true>(text, begin, end, result);
+  }
+  hasFour = result.hasFour;
+}
+
+// Hands over what a piece has become, one character after the other; gives how many units that takes.
+template <class Unit_t>
+__attribute__((noinline)) inline std::size_t handOverSlowly(const Units_s& result, Unit_t* target) {
+  const uint16_t* units = result.units.data();
+  std::size_t written = 0;
+  for (std::size_t place = 0; place < result.size;) {
+    const Character_s character = readCharacter(units + place, units + result.size, strict);
+    const std::size_t length = lengthIn(target, character.value);
+    writeCharacter(target + written, character.value, length);
+    written += length;
+    place += character.length;
+  }
+  return written;
+}
+
+// The same, fast where there is room for spareUnits more.
+template <class Unit_t>
+inline std::size_t handOver(const Units_s& result, Unit_t* target, std::size_t room) {
+  if (room - result.size < spareUnits || (sizeof(Unit_t) == sizeof(uint32_t) && result.hasFour)) {
+    return handOverSlowly(result, target);
+  }
+  const Behind_c<Unit_t> behind(target + result.size);
+  for (std::size_t place = 0; place < result.size; place += 8) {
+    storeEight(target + place, loadBlock(result.units.data() + place));
+  }
+  behind.putBack();
+  return result.size;
 }
 
 // The last place up to a limit where a character begins.
@@ -363,29 +367,6 @@ inline std::size_t startBefore(const uint8_t* text, std::size_t begin, std::size
 
 inline std::size_t endOfPiece(const uint8_t* text, std::size_t begin, std::size_t size, std::size_t longest) {
   return size - begin <= longest ? size : startBefore(text, begin, begin + longest);
-}
-
-// One piece of a text; gives how many units, 0 where the fast way ends.
-inline std::size_t takePiece(const uint8_t* text, std::size_t begin, std::size_t end, bool& hasFour, uint16_t* target,
-                             std::size_t room) {
-  Plan_s plan; // NOLINT: filled by the next line
-  makePlan(text, begin, end, hasFour, plan);
-  const auto write = [&](uint16_t* place) {
-    plan.hasFour ? writePieceWithFour(text, begin, end, plan, place) : writePiece(text, begin, end, plan, place);
-  };
-  return plan.isWellFormed && writeExactly(target, room, plan.size, write) ? plan.size : 0;
-}
-
-inline std::size_t takePiece(const uint8_t* text, std::size_t begin, std::size_t end, bool& hasFour, uint32_t* target,
-                             std::size_t room) {
-  Plan_s plan; // NOLINT: filled by the next line
-  makePlan(text, begin, end, hasFour, plan);
-  if (plan.hasFour) {
-    const bool canBe = plan.isWellFormed && room >= plan.size;
-    return canBe ? writePieceWithFour(text, begin, end, plan, target) : 0;
-  }
-  const auto write = [&](uint32_t* place) { writePiece(text, begin, end, plan, place); };
-  return plan.isWellFormed && writeExactly(target, room, plan.size, write) ? plan.size : 0;
 }
 
 // ASCII, block by block, in texts where it pays to look for it; gives how many bytes.
@@ -416,13 +397,14 @@ __attribute__((noinline)) inline void takePieces(const uint8_t** source, const u
     place += ascii;
     *target += ascii;
     const std::size_t end = endOfPiece(text, place, size, pieceSize);
-    const std::size_t written =
-        end > place ? takePiece(text, place, end, hasFour, *target, unitsBetween<Unit_t>(*target, targetEnd)) : 0;
-    if (written == 0) {
+    Units_s result; // NOLINT: filled by the next line
+    convertPiece(text, place, end, hasFour, result);
+    const std::size_t room = unitsBetween<Unit_t>(*target, targetEnd);
+    if (end == place || !result.isWellFormed || room < result.size) {
       break;
     }
+    *target += handOver(result, *target, room);
     place = end;
-    *target += written;
   }
   *source = text + place;
 }

@@ -12,6 +12,7 @@
 
 #if defined(__SSE2__) && !defined(ZEMO_PORTABLE_UTF)
 #define ZEMO_UTF_BLOCKS
+#include <cpuid.h>
 #include <emmintrin.h>
 
 namespace Utf {
@@ -66,22 +67,20 @@ inline __m128i loadPart(const uint8_t* text, std::size_t size) {
   return _mm_cvtsi32_si128(static_cast<int>(text[0] | middle | last));
 }
 
-// Orders of bytes that move what counts in a block to its front, by a mask; and how much counts.
-struct Packing_s {
-  std::array<std::array<uint8_t, blockSize>, 256> orders;
+// Where the units of half a block come from that are kept, one bit each: places of bytes, every second one. And how
+// many units that are.
+struct UnitPacking_s {
+  std::array<std::array<uint8_t, blockSize / 2>, 256> places;
   std::array<uint8_t, 256> counts;
 };
 
-// Units of 16 bits, one bit each, from half a block.
-constexpr Packing_s packingOfUnits() {
-  Packing_s packing = {};
+constexpr UnitPacking_s packingOfUnits() {
+  UnitPacking_s packing = {};
   for (std::size_t mask = 0; mask < 256; ++mask) {
     std::size_t count = 0;
     for (std::size_t unit = 0; unit < 8; ++unit) {
       if ((mask >> unit & 1) != 0) {
-        packing.orders[mask][2 * count] = static_cast<uint8_t>(2 * unit);
-        packing.orders[mask][2 * count + 1] = static_cast<uint8_t>(2 * unit + 1);
-        ++count;
+        packing.places[mask][count++] = static_cast<uint8_t>(2 * unit);
       }
     }
     packing.counts[mask] = static_cast<uint8_t>(count);
@@ -89,20 +88,32 @@ constexpr Packing_s packingOfUnits() {
   return packing;
 }
 
-// Characters in words of 32 bits, their bytes before the word's last one: a low bit for more than one byte, the bit
-// four above it for three.
-constexpr Packing_s packingOfBytes() {
-  Packing_s packing = {};
-  for (std::size_t mask = 0; mask < 256; ++mask) {
+// Four characters of one to three bytes in words of 32 bits, their bytes before the word's last one: which order moves
+// the bytes together. A mask has a low bit for more than one byte, the bit four above it for three; the last byte of an
+// order tells how many bytes there are.
+struct BytePacking_s {
+  std::array<uint8_t, 256> numbers; // of orders, by mask
+  std::array<std::array<uint8_t, blockSize>, 81> orders;
+};
+
+constexpr BytePacking_s packingOfBytes() {
+  BytePacking_s packing = {};
+  for (std::size_t number = 0; number < 81; ++number) {
+    auto& order = packing.orders[number];
+    std::size_t mask = 0;
     std::size_t count = 0;
+    std::size_t rest = number; // lengths less one, to the base of three
     for (std::size_t word = 0; word < 4; ++word) {
-      const std::size_t isTwo = mask >> word & 1;
-      const std::size_t isThree = mask >> (word + 4) & 1;
-      for (std::size_t byte = 2 - isTwo - isThree; byte < 3; ++byte) {
-        packing.orders[mask][count++] = static_cast<uint8_t>(4 * word + byte);
+      const std::size_t isTwo = rest % 3 > 0 ? 1 : 0;
+      const std::size_t isThree = rest % 3 / 2;
+      mask |= isTwo << word | isThree << (word + 4);
+      for (std::size_t byte = 2 - rest % 3; byte < 3; ++byte) {
+        order[count++] = static_cast<uint8_t>(4 * word + byte);
       }
+      rest /= 3;
     }
-    packing.counts[mask] = static_cast<uint8_t>(count);
+    packing.numbers[mask] = static_cast<uint8_t>(number);
+    order[blockSize - 1] = static_cast<uint8_t>(count);
   }
   return packing;
 }
@@ -116,8 +127,8 @@ constexpr std::array<uint8_t, 2 * blockSize> orderOfMoving() {
 }
 
 inline constexpr std::array<uint8_t, 2 * blockSize> movingOrder = orderOfMoving();
-inline constexpr Packing_s unitPacking = packingOfUnits();
-inline constexpr Packing_s bytePacking = packingOfBytes();
+inline constexpr UnitPacking_s unitPacking = packingOfUnits();
+inline constexpr BytePacking_s bytePacking = packingOfBytes();
 
 // Puts the bytes of a block into another order; zeros where the order has its upper bit set. The instruction is named
 // here and nowhere else, so that the library runs on processors without it: ask hasShuffle first.
@@ -126,18 +137,26 @@ inline __m128i shuffle(__m128i block, __m128i order) {
   return block;
 }
 
+inline bool askForShuffle() {
+  unsigned int a = 0;
+  unsigned int b = 0;
+  unsigned int c = 0;
+  unsigned int d = 0;
+  __cpuid(1, a, b, c, d); // which every processor with SSE2 answers
+  return (c & bit_SSSE3) != 0;
+}
+
+// Asked when the library is loaded: the question costs more than a label. Until then there is no fast way.
+inline const bool processorHasShuffle = askForShuffle();
+
 inline bool hasShuffle() {
-  return __builtin_cpu_supports("ssse3") != 0;
+  return processorHasShuffle;
 }
 
 // Moves the units to the front whose bits are set.
 inline __m128i packUnits(__m128i block, uint32_t kept) {
-  return shuffle(block, loadBlock(unitPacking.orders[kept].data()));
-}
-
-// Moves the bytes of characters together.
-inline __m128i packBytes(__m128i block, uint32_t lengths) {
-  return shuffle(block, loadBlock(bytePacking.orders[lengths].data()));
+  const __m128i places = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(unitPacking.places[kept].data()));
+  return shuffle(block, _mm_or_si128(_mm_unpacklo_epi8(places, places), units(0x0100)));
 }
 
 // Drops bytes at the front, and puts zeros at the end.

@@ -60,13 +60,16 @@ constexpr std::size_t longestLabel = 64; // in units
 // Converts the whole of a label without surrogates, as most are; gives null for another text.
 uint8_t* convertLabel(const uint16_t* text, std::size_t size, uint8_t* target) {
 #if defined(ZEMO_UTF_BLOCKS)
-  return size <= longestLabel && Utf::hasShuffle() ? Utf::takeWithoutSurrogates(text, size, target) : nullptr;
+  if (size <= longestLabel && Utf::hasShuffle()) {
+    const Utf::Converted_s converted = Utf::convertUnits(text, size, target);
+    return converted.units == size ? converted.end : nullptr;
+  }
 #else
   static_cast<void>(text);
   static_cast<void>(size);
   static_cast<void>(target);
-  return nullptr;
 #endif
+  return nullptr;
 }
 
 std::size_t leadingOnes(unsigned char byte) {
