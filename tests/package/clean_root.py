@@ -19,8 +19,9 @@ INCLUDED = ("g++", "cmake", "make", "pkg-config", "dpkg-dev")
 FOREIGN_LIBRARIES = ("libc6:i386", "libgcc-s1:i386", "libstdc++6:i386")
 OWN_MOUNTS_AND_PROCESSES = ("unshare", "--mount", "--pid", "--fork", "--kill-child", "--propagation", "private")
 USER = 1000
-# Where the package manager keeps its own notes.
-NO_FILES_OF_PACKAGES = ("/proc", "/tmp", "/home", "/var/cache/apt", "/var/lib/apt", "/var/log", "/var/cache/ldconfig",
+# Where the package manager keeps its own notes, and what the C library of i386 leaves behind on amd64.
+NO_FILES_OF_PACKAGES = ("/etc/ld.so.conf.d/i386-linux-gnu.conf",
+                        "/proc", "/tmp", "/home", "/var/cache/apt", "/var/lib/apt", "/var/log", "/var/cache/ldconfig",
                         "/var/lib/dpkg/status-old", "/var/lib/dpkg/diversions-old", "/var/lib/dpkg/statoverride-old")
 
 

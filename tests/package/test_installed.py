@@ -21,7 +21,8 @@ FOLDER = {"amd64": "x86_64-linux-gnu", "i386": "i386-linux-gnu"}
 BITS = {"amd64": 64, "i386": 32}
 PROGRAMS = ("zemo-bus-server", "zemo-console-app", "zemo-demo", "zemo-folder-report", "zemo-service-tool",
             "zemo-survey-demo", "zemo-terminal")
-NAMES = "${binary:Package}"
+NAMES = r"${binary:Package}\n"
+STATES = r"${Package} ${Architecture} ${db:Status-Status} ${Version}\n"
 PKG_CONFIG = "$(pkg-config --cflags --libs zemoUtils zemoUtils-host)"
 CONSUMER_OUTPUT = ("Consumer#ZEMOLib.891.170906.0046#IsoAgLib.host.1.0.0\n"
                    "123456\n"
@@ -85,7 +86,7 @@ class State:
 
     def __init__(self):
         self.files = root.files()
-        self.packages = set(root.run(rf"dpkg-query -W -f '{NAMES} ${{db:Status-Status}} ${{Version}}\n'").splitlines())
+        self.packages = set(root.run(f"dpkg-query -W -f '{STATES}'").splitlines())
         self.libraries = set(cached_libraries())
 
     def difference(self, other):
@@ -103,9 +104,13 @@ def cached_libraries():
 
 
 def purge():
-    names = root.run(rf"dpkg-query -W -f '{NAMES}\n' | grep -E '^(libzemoutils|zemo-desk)' || true").split()
-    if names:
-        root.run(f"dpkg --purge {' '.join(names)}; apt-get autoremove -y --purge -o Dpkg::Use-Pty=0")
+    """Removes the packages, and the libraries of another architecture that have come with them."""
+    ours = root.run(f"dpkg-query -W -f '{NAMES}' | grep -E '^(libzemoutils|zemo-desk)' || true").split()
+    if ours:
+        root.run(f"dpkg --purge {' '.join(ours)}")
+    foreign = [name for name in root.run(f"dpkg-query -W -f '{NAMES}'").split() if name.endswith(":i386")]
+    if foreign and ARCHITECTURE != "i386":
+        root.run(f"dpkg --purge --force-remove-protected {' '.join(foreign)}")
 
 
 class PackageTest(unittest.TestCase):
