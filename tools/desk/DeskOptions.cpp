@@ -18,8 +18,10 @@ enum OptionCode_e { can0 = 1, can1, kind, proprietary, values, capture, logFile,
 
 void printHelp(const DeskProgram_s& program) {
   std::printf("%s: %s\n\nUsage: %s [options]\n\n", program.name, program.purpose, program.name);
+  // Alone on a bus inside the process a tool would find nobody, so that it asks which bus.
   std::printf("  --can0 BUS        ISOBUS: local[:NAME], socketcan:IFACE or socketcand:HOST:PORT/BUS\n"
-              "                    (default: the environment variable ZEMO_CAN0, else a bus inside the process)\n");
+              "                    (default: the environment variable ZEMO_CAN0%s)\n",
+              program.isApplication ? ", else a bus inside the process" : "");
   if (program.isApplication) {
     std::printf("  --can1 BUS        chassis or proprietary bus, likewise (ZEMO_CAN1)\n");
     if (!program.isOfOneKind) {
