@@ -108,12 +108,11 @@ class OnBuses(Scenario):
         logged = by_sender(self.frames(log))
         self.assertEqual(sorted(heard), sorted(logged))
         for sender, frames in heard.items():
-            with self.subTest(sender):
-                # When the application has left its buses, the tool asks once more who is there, and answers itself.
-                behind = frames[len(logged[sender]) :]
-                self.assertEqual(frames[: len(logged[sender])], logged[sender])
-                self.assertIn([identifier[2:6] for identifier, _ in behind], ([], ["EAFF", "EEFF"], ["EAFF"], ["EEFF"]))
-                self.assertTrue(not behind or sender[1] in ("F9", "FE"), behind)
+            # When the application has left its buses, the tool asks once more who is there, and answers itself.
+            behind = frames[len(logged[sender]) :]
+            self.assertEqual(frames[: len(logged[sender])], logged[sender], sender)
+            self.assertIn([identifier[2:6] for identifier, _ in behind], ([], ["EAFF", "EEFF"], ["EAFF"], ["EEFF"]), sender)
+            self.assertTrue(not behind or sender[1] in ("F9", "FE"), sender)
 
 
 class Survey(OnBuses):
@@ -212,9 +211,8 @@ class TwoPrograms(OnBuses):
         # The tool came later and went sooner, and listens to the ISOBUS only.
         heard = by_sender(self.frames("candump.log"))
         for sender, frames in by_sender(self.frames("tool.log")).items():
-            with self.subTest(sender):
-                self.assertEqual(sender[0], "can0")
-                self.assertTrue(is_part(frames, heard[sender]))
+            self.assertEqual(sender[0], "can0")
+            self.assertTrue(is_part(frames, heard[sender]), sender)
 
     def test_have_a_capture_of_sound_frames(self):
         self.assertEqual(self.dissected("tool.pcap"), len(self.frames("tool.log")))

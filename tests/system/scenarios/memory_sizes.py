@@ -52,8 +52,7 @@ class Little(Sizes):
 
     def test_passes_the_cases_of_the_suite(self):
         for name, ended in self.cases_of_the_suite():
-            with self.subTest(name):
-                self.assertEqual(ended.status, 0, ended.text)
+            self.assertEqual(ended.status, 0, f"{name}\n{ended.text}{ended.errors}")
 
 
 class Much(Sizes):
@@ -75,8 +74,7 @@ class Much(Sizes):
 
     def test_passes_the_cases_of_the_suite(self):
         for name, ended in self.cases_of_the_suite():
-            with self.subTest(name):
-                self.assertEqual(ended.status, 0, ended.text)
+            self.assertEqual(ended.status, 0, f"{name}\n{ended.text}{ended.errors}")
 
 
 class Usual(Sizes):
