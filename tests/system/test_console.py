@@ -138,6 +138,12 @@ class Rules(unittest.TestCase):
             self.case({"cases": "*", "memmory": 64})
 
 
+class Patterns(unittest.TestCase):
+    def test_are_those_of_googletest(self):
+        for pattern, fitting in (("*", "abc"), ("a:b", "ab"), ("*-b", "ac"), ("-b:c", "a"), ("d", "")):
+            self.assertEqual("".join(filter(cases.matcher(pattern), "abc")), fitting, pattern)
+
+
 class Batches(unittest.TestCase):
     def batches(self, *members):
         return [[case.name for case in batch.members] for batch in suite.batches(list(members))]

@@ -46,7 +46,7 @@ def parser():
     add("-h", "--help", action="store_true", help="this text")
     add("--shell", action="store_true", help="a prompt inside; without a terminal, commands from standard input")
     add("--system", action="store_true", help="only the system suite, not the whole 32-bit suite")
-    add("--cases", metavar="PATTERN", default="*", help="only these cases, such as 'unit.Utf*:system.*'")
+    add("--cases", metavar="PATTERN", default="*", help="only these cases, such as 'unit.*-*Exhaustive*'")
     add("--consoles", type=int, metavar="N", help="how many consoles run at once (as many as processors)")
     add("--memory", type=int, default=256, metavar="MB", help="memory of the board (256)")
     add("--rtc", default="utc", metavar="TIME", help="what its clock shows at the start: 2026-03-29T00:59:00")

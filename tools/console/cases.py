@@ -103,6 +103,11 @@ def cases_of(folder):
 
 
 def matcher(pattern):
-    """A function that tells whether a full name fits a pattern of *, ? and []; several stand apart by colons."""
-    patterns = pattern.split(":")
-    return lambda name: any(fnmatchcase(name, one) for one in patterns)
+    """A function that tells whether a full name fits, as with GoogleTest: patterns apart by colons, and after a minus
+    those that do not count."""
+    wanted, _, unwanted = pattern.partition("-")
+
+    def fits(name, patterns):
+        return any(fnmatchcase(name, one) for one in patterns.split(":") if one)
+
+    return lambda name: fits(name, wanted or "*") and not fits(name, unwanted)
