@@ -378,7 +378,7 @@ class Locations(WithFolder):
         self.assertEqual(self.located(str(path)), ("/root/tool", {"/root/tool": path}))
 
     def test_only_programs_of_32_bit_x86_are_taken(self):
-        for kind, machine, is_taken in ((1, 3, True), (2, 62, False), (1, 40, False)):
+        for kind, machine, is_taken in ((1, 3, True), (2, 62, False), (1, 40, False), (2, 3, False)):
             content = bytes([0x7F, 0x45, 0x4C, 0x46, kind]) + bytes(13) + struct.pack("<H", machine)
             self.assertEqual(tree.is_for_the_console(self.file("program", content)), is_taken)
         self.assertFalse(tree.is_for_the_console(self.file("text", b"text")))
