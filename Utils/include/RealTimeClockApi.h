@@ -49,7 +49,8 @@ ZEMO_EXPORT int from_sys_clock(int utc);
 //            (117, 6, 3, 14, 5, 9) is 3 July 2017, 14:05:09. The zone's rules decide on daylight saving.
 //   Fails    fatal: those of write_rtc. Where the system clock cannot be set: "Call to reset time failed!", and it
 //            returns with the hardware clock set.
-//   Effects  prints "Setting hwclock from system clock" and runs "hwclock --systohc &"
+//   Effects  prints "Setting hwclock from system clock" and runs "hwclock --systohc &", which has the device to itself
+//            for up to a second: until it has ended, another call that needs the hardware clock is fatal
 //   Kept     the hardware clock is written twice, here and by the tool, whose end nobody waits for
 ZEMO_EXPORT void setRtcTime(int year, int month, int day, int hour, int minute, int second);
 
