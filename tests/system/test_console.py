@@ -170,6 +170,24 @@ class Batches(unittest.TestCase):
         self.assertEqual([len(batch) for batch in made], [suite.BATCH, 1])
 
 
+class ScenarioFiles(unittest.TestCase):
+    def kinds(self, *texts):
+        """Of a file whose one case fails with these texts, run after run, and passes with none."""
+        runs = [[results.Verdict("a", "failed" if text else "passed", text)] for text in texts]
+        with mock.patch.object(suite, "run_scenario_file_once", side_effect=runs) as once:
+            found = suite.run_scenario_file(Path("file.py"))
+        return [verdict.kind for verdict in found], once.call_count
+
+    def test_are_run_once_more_where_the_console_was_lost(self):
+        lost = "Traceback\nconsole.errors.TimeLimit: no end within 30 s\n"
+        self.assertEqual(self.kinds(lost, ""), (["passed"], 2))
+        self.assertEqual(self.kinds(lost, lost), (["failed"], 2))
+
+    def test_are_not_where_a_case_failed_for_its_own_reasons(self):
+        self.assertEqual(self.kinds("Traceback\nAssertionError: console.errors.TimeLimit\n"), (["failed"], 1))
+        self.assertEqual(self.kinds(""), (["passed"], 1))
+
+
 class Verdicts(WithFolder):
     def verdicts(self, text, why="", outputs=None):
         self.file("results", text.encode())
