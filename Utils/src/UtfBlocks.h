@@ -137,7 +137,7 @@ inline __m128i shuffle(__m128i block, __m128i order) {
   return block;
 }
 
-inline bool askForShuffle() {
+__attribute__((noinline)) inline bool askForShuffle() {
   unsigned int a = 0;
   unsigned int b = 0;
   unsigned int c = 0;
@@ -146,11 +146,18 @@ inline bool askForShuffle() {
   return (c & bit_SSSE3) != 0;
 }
 
-// Asked when the library is loaded: the question costs more than a label. Until then there is no fast way.
-inline const bool processorHasShuffle = askForShuffle();
+enum Shuffle_e { notAsked, absent, present };
+
+// Asked once, by the first text: the question costs more than a label. Threads that ask at once get the same answer.
+inline int shuffleOfProcessor = notAsked;
 
 inline bool hasShuffle() {
-  return processorHasShuffle;
+  int known = __atomic_load_n(&shuffleOfProcessor, __ATOMIC_RELAXED);
+  if (known == notAsked) {
+    known = askForShuffle() ? present : absent;
+    __atomic_store_n(&shuffleOfProcessor, known, __ATOMIC_RELAXED);
+  }
+  return known == present;
 }
 
 // Moves the units to the front whose bits are set.
