@@ -129,7 +129,7 @@ class Small(Scenario):
 
     def test_is_filled_by_its_log_and_freed_by_the_check(self):
         job = self.machine.start_job([program("zemo_board_program"), "log", "1", "1"])
-        limit = time.monotonic() + 4 * LIMIT
+        limit = time.monotonic() + 10 * LIMIT
         while int(self.shell("stat -f -c %f /mnt/nand")) > 0:
             self.assertLess(time.monotonic(), limit)
         written = job.stderr.count(b"\n")
