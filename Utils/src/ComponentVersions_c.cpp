@@ -1,10 +1,10 @@
 #include "ComponentVersions_c.h"
 
+#include "ConsoleLine.h"
 #include "ConsoleValues.h"
 #include "ZemoPlatform.h"
 
 #include <cstdlib>
-#include <iostream>
 
 namespace {
 
@@ -28,8 +28,7 @@ void ComponentVersions_c::init() {
   fetchIfEmpty(m_osVersion, ConsoleValue::osVersion);
   fetchIfEmpty(m_serialNumber, ConsoleValue::serialNumber);
   fetchIfEmpty(m_partNumber, ConsoleValue::partNumber);
-  std::cout << " OS:" << m_osVersion << " Boot:" << m_bootLoaderVersion << " Part:" << m_partNumber
-            << " Serial:" << m_serialNumber << std::endl;
+  printLine({" OS:", m_osVersion, " Boot:", m_bootLoaderVersion, " Part:", m_partNumber, " Serial:", m_serialNumber});
 }
 
 void ComponentVersions_c::setSoftwareVersion(const std::string& softwareVersion) {

@@ -1,9 +1,10 @@
 #include "RealTimeClockApi.h"
 
+#include "ConsoleLine.h"
+
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
-#include <iostream>
 #include <linux/rtc.h>
 #include <string>
 #include <sys/ioctl.h>
@@ -18,7 +19,7 @@ constexpr const char* secondDevice = "/dev/misc/rtc";
 
 // The status is 0: a supervisor sees a clean end. On purpose.
 [[noreturn]] void endProcess(const char* situation) {
-  std::cout << "RTC ERROR " << situation << std::endl;
+  printLine({"RTC ERROR ", situation});
   std::exit(0);
 }
 
@@ -180,11 +181,11 @@ void setRtcTime(int year, int month, int day, int hour, int minute, int second) 
   now.tv_sec = std::mktime(&time);
   writeClock(now.tv_sec, true);
   if (settimeofday(&now, nullptr) != 0) {
-    std::cout << "Call to reset time failed!" << std::endl;
+    printLine({"Call to reset time failed!"});
     return;
   }
   // Written once more, by the tool, which nobody waits for. On purpose.
-  std::cout << "Setting hwclock from system clock" << std::endl;
+  printLine({"Setting hwclock from system clock"});
   static_cast<void>(!std::system("hwclock --systohc &"));
 }
 

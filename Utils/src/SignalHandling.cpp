@@ -1,11 +1,12 @@
 #include "SignalHandling.h"
 
+#include "ConsoleLine.h"
 #include "DebugLog.h"
 
+#include <array>
 #include <cerrno>
 #include <csignal>
-#include <iostream>
-#include <string>
+#include <cstdio>
 
 namespace {
 
@@ -39,9 +40,16 @@ const char* GetSignalName(int sig) {
   }
 }
 
+// Plain C, as standard output may have been told to write numbers otherwise.
+std::array<char, 12> textOf(int number) {
+  std::array<char, 12> text; // NOLINT: filled by the next call
+  std::snprintf(text.data(), text.size(), "%d", number);
+  return text;
+}
+
 // Announces and hands over, nothing more: to end the process is the application's task. On purpose.
 void ZemoInternalSignalHandler(int sig) {
-  std::cout << "ZemoInternalSignalHandler signal " << std::to_string(sig) << ' ' << GetSignalName(sig) << std::endl;
+  printLine({"ZemoInternalSignalHandler signal ", textOf(sig).data(), " ", GetSignalName(sig)});
   if (g_funcSignalHandler != nullptr) {
     g_funcSignalHandler(sig);
   }
@@ -54,8 +62,8 @@ void AddSignalToHandle(int sig) {
     return;
   }
   const int error = errno;
-  std::cout << "FAILED to add signal handler for signal " << std::to_string(sig) << ' ' << GetSignalName(sig)
-            << " ERROR " << std::to_string(error) << std::endl;
+  printLine({"FAILED to add signal handler for signal ", textOf(sig).data(), " ", GetSignalName(sig), " ERROR ",
+             textOf(error).data()});
 }
 
 void AddAllTerminationSignals() {

@@ -3,12 +3,12 @@
 
 #include "ZemoApp.h"
 
+#include "ConsoleLine.h"
 #include "ConsoleValues.h"
 
 #include <cassert>
 #include <cstdlib>
 #include <cstring>
-#include <iostream>
 #include <utility>
 
 namespace {
@@ -238,7 +238,7 @@ bool ComponentIdentity_c::init(std::string& swIdentification, uint8_t preferredS
   m_myIdent->init(name, *m_dataStorage, slaveCount, nullptr, true);
 
   if (!__IsoAgLib::getIsoMonitorInstance(m_isoInstance).registerIdentItem(*m_myIdent)) {
-    std::cout << "Failed to register ident" << std::endl;
+    printLine({"Failed to register ident"});
     std::abort();
   }
 
@@ -361,19 +361,19 @@ bool ZemoApp::commonInit() {
   getSchedulerInstance().init(nullptr);
   // The ISOBUS is always instance 0, not m_IsoInstance. On purpose. A failure leaves open what is open.
   if (!getCanInstance(0).init(0, bitrateKbit)) {
-    std::cout << "FAILED TO INITIALIZE CAN_BUS_INSTANCE_ISOBUS" << std::endl;
+    printLine({"FAILED TO INITIALIZE CAN_BUS_INSTANCE_ISOBUS"});
     return false;
   }
   if (m_bUseProprietaryBus) {
     if (!IsoAgLib::getIProprietaryBusInstance(0).init(1, bitrateKbit)) {
-      std::cout << "FAILED TO INITIALIZE PROPRIETARY CAN BUS" << std::endl;
+      printLine({"FAILED TO INITIALIZE PROPRIETARY CAN BUS"});
       return false;
     }
     initProtocolServices(m_IsoInstance);
     return true;
   }
   if (!getCanInstance(1).init(1, bitrateKbit)) {
-    std::cout << "FAILED TO INITIALIZE CAN_BUS_INSTANCE_CHASSIS" << std::endl;
+    printLine({"FAILED TO INITIALIZE CAN_BUS_INSTANCE_CHASSIS"});
     return false;
   }
   initProtocolServices(0);

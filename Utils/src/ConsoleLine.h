@@ -1,0 +1,10 @@
+// The library's own lines on standard output. They go through std::cout, in order with the application's own.
+#pragma once
+
+#include <initializer_list>
+#include <string_view>
+
+// printLine: writes the parts and a line end, with a flush.
+//
+//   Fails    as std::cout does, exceptions that the application has asked for included
+void printLine(std::initializer_list<std::string_view> parts);
