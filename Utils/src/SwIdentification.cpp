@@ -11,16 +11,21 @@ constexpr std::size_t familyLength = 8;
 
 int s_hardwareRevision = -1;
 
-bool isSameFamily(const std::string& best, const std::string& version) {
-  return version.size() >= familyLength && version.compare(0, familyLength, best, 0, familyLength) == 0;
+bool isSameFamily(const char* version) {
+  return std::strncmp(version, getUtilsVersion(), familyLength) == 0;
 }
 
 // A longer text is the newer version whatever it says. On purpose.
-bool isNewer(const std::string& version, const std::string& best) {
-  if (version.size() != best.size()) {
-    return version.size() > best.size();
+bool isNewer(const char* version, const std::string& best) {
+  const std::size_t length = std::strlen(version);
+  if (length != best.size()) {
+    return length > best.size();
   }
-  return version.compare(familyLength, std::string::npos, best, familyLength, std::string::npos) > 0;
+  return std::strcmp(version + familyLength, best.c_str() + familyLength) > 0;
+}
+
+void appendField(std::string& versions, const char* version) {
+  versions.append("#").append(version);
 }
 
 } // namespace
@@ -40,30 +45,31 @@ int GetHardwareRevision() {
 namespace __IsoAgLib {
 
 std::string stringizeWithMaxZEMOLibVersion(const std::vector<const char* (*)()>* versionFunctions) {
-  std::string best = getUtilsVersion();
+  std::string versions;
+  versions = getUtilsVersion();
   std::string others;
   if (versionFunctions != nullptr) {
     for (const char* (*versionFunction)() : *versionFunctions) {
-      const std::string version = versionFunction();
-      if (!isSameFamily(best, version)) {
-        others += "#" + version;
-      } else if (isNewer(version, best)) {
-        best = version;
+      const char* version = versionFunction();
+      if (!isSameFamily(version)) {
+        appendField(others, version);
+      } else if (isNewer(version, versions)) {
+        versions = version;
       }
     }
   }
-  std::string versions = best + others;
+  versions += others;
   const char* stackVersion = getIsoAgLibVersion();
-  if (versions.find(stackVersion) == std::string::npos) {
-    versions += "#";
-    versions += stackVersion;
+  if (std::strstr(versions.c_str(), stackVersion) == nullptr) {
+    appendField(versions, stackVersion);
   }
   return versions;
 }
 
 std::string formatAppSwIdentification(std::string appIdentification,
                                       const std::vector<const char* (*)()>* versionFunctions) {
-  return appIdentification + "#" + stringizeWithMaxZEMOLibVersion(versionFunctions);
+  appendField(appIdentification, stringizeWithMaxZEMOLibVersion(versionFunctions).c_str());
+  return appIdentification;
 }
 
 } // namespace __IsoAgLib
