@@ -5,7 +5,10 @@
 
 namespace {
 
-constexpr std::size_t textSize = 256;
+constexpr std::size_t nameTextSize = 256;
+
+// The source address and as many bytes as a length can tell, each with three characters, and the terminating zero.
+constexpr std::size_t messageTextSize = sizeof " SA 0x00 " + 3 * UINT8_MAX;
 
 } // namespace
 
@@ -14,7 +17,7 @@ std::string IsoNameToString(const __IsoAgLib::IsoName_c& name) {
   if (bytes == nullptr) {
     return {};
   }
-  char text[textSize];
+  char text[nameTextSize];
   std::snprintf(text, sizeof text,
                 " IsoName 0x%2.2x 0x%2.2x 0x%2.2x 0x%2.2x 0x%2.2x 0x%2.2x 0x%2.2x 0x%2.2x ", // byte 0 first
                 bytes[0], bytes[1], bytes[2], bytes[3], bytes[4], bytes[5], bytes[6], bytes[7]);
@@ -24,12 +27,10 @@ std::string IsoNameToString(const __IsoAgLib::IsoName_c& name) {
 std::string CanPkgToString(const __IsoAgLib::CanPkg_c& pkg) {
   // Neither identifier nor PGN, priority or destination is shown. On purpose.
   const __IsoAgLib::CanPkgExt_c message(pkg, 0);
-  char text[textSize];
-  std::snprintf(text, sizeof text, " SA 0x%2.2x ", message.isoSa());
-  std::string result = text;
+  char text[messageTextSize];
+  int length = std::snprintf(text, sizeof text, " SA 0x%2.2x ", message.isoSa());
   for (uint8_t index = 0; index < message.getLen(); ++index) {
-    std::snprintf(text, sizeof text, "%2.2x ", message[index]);
-    result += text;
+    length += std::snprintf(text + length, sizeof text - static_cast<std::size_t>(length), "%2.2x ", message[index]);
   }
-  return result;
+  return text;
 }
