@@ -2,7 +2,9 @@
 
 #include "ConsoleLine.h"
 
+#include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <fcntl.h>
 #include <linux/rtc.h>
@@ -23,62 +25,63 @@ constexpr const char* secondDevice = "/dev/misc/rtc";
   std::exit(0);
 }
 
-class RtcDevice_c {
-public:
-  explicit RtcDevice_c(int flags) : m_descriptor(open(firstDevice, flags | O_CLOEXEC)) {
-    if (m_descriptor < 0) {
-      m_descriptor = open(secondDevice, flags | O_CLOEXEC);
-    }
-    if (m_descriptor < 0) {
-      endProcess("Could not access RTC");
+int openDevice(int flags) {
+  for (const char* device : {firstDevice, secondDevice}) {
+    const int descriptor = open(device, flags | O_CLOEXEC);
+    if (descriptor >= 0) {
+      return descriptor;
     }
   }
+  endProcess("Could not access RTC");
+}
+
+// The clock's record is what C's begins with.
+static_assert(offsetof(rtc_time, tm_sec) == offsetof(std::tm, tm_sec));
+static_assert(offsetof(rtc_time, tm_min) == offsetof(std::tm, tm_min));
+static_assert(offsetof(rtc_time, tm_hour) == offsetof(std::tm, tm_hour));
+static_assert(offsetof(rtc_time, tm_mday) == offsetof(std::tm, tm_mday));
+static_assert(offsetof(rtc_time, tm_mon) == offsetof(std::tm, tm_mon));
+static_assert(offsetof(rtc_time, tm_year) == offsetof(std::tm, tm_year));
+static_assert(offsetof(rtc_time, tm_wday) == offsetof(std::tm, tm_wday));
+static_assert(offsetof(rtc_time, tm_yday) == offsetof(std::tm, tm_yday));
+static_assert(offsetof(rtc_time, tm_isdst) == offsetof(std::tm, tm_isdst));
+static_assert(sizeof(rtc_time) <= sizeof(std::tm));
+
+class RtcDevice_c {
+public:
+  explicit RtcDevice_c(int flags) : m_descriptor(openDevice(flags)) {}
   ~RtcDevice_c() { close(m_descriptor); }
   RtcDevice_c(const RtcDevice_c&) = delete;
   RtcDevice_c& operator=(const RtcDevice_c&) = delete;
 
-  bool read(rtc_time& record) const { return ioctl(m_descriptor, RTC_RD_TIME, &record) == 0; }
-  bool set(const rtc_time& record) const { return ioctl(m_descriptor, RTC_SET_TIME, &record) == 0; }
+  bool read(std::tm& time) const { return ioctl(m_descriptor, RTC_RD_TIME, &time) == 0; }
+  bool set(const std::tm& time) const {
+    rtc_time record; // NOLINT: filled by the next call
+    std::memcpy(&record, &time, sizeof record);
+    record.tm_isdst = 0; // no daylight saving
+    return ioctl(m_descriptor, RTC_SET_TIME, &record) == 0;
+  }
 
 private:
   int m_descriptor;
 };
 
-rtc_time recordOf(const std::tm& time) {
-  constexpr int noDaylightSaving = 0;
-  return {time.tm_sec,  time.tm_min,  time.tm_hour, time.tm_mday,    time.tm_mon,
-          time.tm_year, time.tm_wday, time.tm_yday, noDaylightSaving};
-}
-
-std::tm timeOf(const rtc_time& record) {
-  std::tm time = {};
-  time.tm_sec = record.tm_sec;
-  time.tm_min = record.tm_min;
-  time.tm_hour = record.tm_hour;
-  time.tm_mday = record.tm_mday;
-  time.tm_mon = record.tm_mon;
-  time.tm_year = record.tm_year;
-  time.tm_wday = record.tm_wday;
-  time.tm_yday = record.tm_yday;
-  time.tm_isdst = -1; // the conversion decides
-  return time;
-}
-
 void writeClock(std::time_t seconds, bool utc) {
   const RtcDevice_c device(O_WRONLY);
   const std::tm* time = utc ? std::gmtime(&seconds) : std::localtime(&seconds);
-  if (time == nullptr || !device.set(recordOf(*time))) {
+  if (time == nullptr || !device.set(*time)) {
     endProcess("Could not set the RTC time");
   }
 }
 
 std::tm readClock() {
   const RtcDevice_c device(O_RDONLY);
-  rtc_time record = {};
-  if (!device.read(record)) {
+  std::tm time = {};
+  if (!device.read(time)) {
     endProcess("Could not read time from RTC");
   }
-  return timeOf(record);
+  time.tm_isdst = -1; // the conversion decides
+  return time;
 }
 
 // "TZ" as UTC for as long as the object lives.
@@ -87,7 +90,9 @@ public:
   ZoneOfUtc_c() {
     const char* zone = std::getenv("TZ");
     m_wasSet = zone != nullptr;
-    m_zone = m_wasSet ? zone : "";
+    if (m_wasSet) {
+      m_zone = zone;
+    }
     setenv("TZ", "UTC 0", 1);
     tzset();
   }
