@@ -17,14 +17,9 @@ namespace {
 constexpr const char* workingDirectory = "/opt/zemo";
 constexpr mode_t newDirectoryMode = 0600; // nobody may search it. On purpose.
 
-struct MountPoint_s {
-  const char* path;
-  const char* unmountCommand;
-};
-
-constexpr std::array<MountPoint_s, 3> mountPoints = {{{"/mnt/usb1/", "umount -f /mnt/usb1/"},
-                                                      {"/mnt/sdcard1/", "umount -f /mnt/sdcard1/"},
-                                                      {"/media/usb0/", "umount -f /media/usb0/"}}};
+// Each ends with the path of its mount point.
+constexpr char unmountCommands[][24] = {"umount -f /mnt/usb1/", "umount -f /mnt/sdcard1/", "umount -f /media/usb0/"};
+constexpr std::size_t pathInCommand = sizeof "umount -f " - 1;
 
 constexpr const char* copyCommand = "cp /opt/zemo/Save_TASKDATA_Files_To_PC.bat ";
 constexpr std::size_t copyCommandSize = 80;
@@ -199,20 +194,14 @@ bool getParentDirectory(const char* path, std::string& parent) {
   if (path == nullptr) {
     return false;
   }
-  std::string directory = path;
-  parent = directory;
-  if (directory.size() < 2) {
-    return hasNoParent(parent);
-  }
-  if (directory.back() == '/') {
-    directory.pop_back();
-  }
-  // The first character is never looked at: the root is nobody's parent. On purpose.
-  const std::size_t slash = directory.rfind('/');
+  parent = path;
+  // One slash at the end belongs to the path. The first character is never looked at: the root is nobody's parent. Both
+  // on purpose.
+  const std::size_t slash = parent.size() < 2 ? 0 : parent.rfind('/', parent.size() - 2);
   if (slash == std::string::npos || slash == 0) {
     return hasNoParent(parent);
   }
-  parent = directory.substr(0, slash + 1);
+  parent.resize(slash + 1);
   return true;
 }
 
@@ -220,9 +209,10 @@ bool forceUnmount(const char* path) {
   if (path == nullptr) {
     return false;
   }
-  for (const MountPoint_s& mountPoint : mountPoints) {
-    if (std::strncmp(path, mountPoint.path, std::strlen(mountPoint.path)) == 0) {
-      runCommand(mountPoint.unmountCommand);
+  for (const char* command : unmountCommands) {
+    const char* mountPoint = command + pathInCommand;
+    if (std::strncmp(path, mountPoint, std::strlen(mountPoint)) == 0) {
+      runCommand(command);
       return true;
     }
   }
