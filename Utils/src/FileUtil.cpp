@@ -43,6 +43,17 @@ bool isDirectoryItself(const char* name) {
   return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
 }
 
+// Nothing is put between.
+std::string joined(const char* directory, const char* name) {
+  std::string path;
+  path.append(directory).append(name);
+  return path;
+}
+
+void append(std::vector<std::string>& names, const char* name) {
+  names.push_back(name);
+}
+
 // A directory while it is listed.
 class Listing_c {
 public:
@@ -59,15 +70,12 @@ public:
 
   // False, with a line on standard output, where the entry is gone or cannot be looked at.
   bool look(const char* name, struct stat& status) const {
-    if (m_bRelative && fstatat(dirfd(m_stream.get()), name, &status, 0) == 0) {
-      return true;
+    const int result = m_bRelative ? fstatat(dirfd(m_stream.get()), name, &status, 0)
+                                   : stat(joined(m_directory.c_str(), name).c_str(), &status);
+    if (result != 0) {
+      std::printf("error stat on file %s%s\n", m_directory.c_str(), name);
     }
-    const std::string path = m_directory + name;
-    if (!m_bRelative && stat(path.c_str(), &status) == 0) {
-      return true;
-    }
-    std::printf("error stat on file %s\n", path.c_str());
-    return false;
+    return result == 0;
   }
 
   void close() { m_stream.reset(); }
@@ -117,7 +125,7 @@ bool getSubDirectories(const char* directory, std::vector<std::string>& names, b
   while (const char* name = listing.next()) {
     struct stat status; // NOLINT: filled by the next call
     if (listing.look(name, status) && isDirectory(status) && !isDirectoryItself(name)) {
-      names.emplace_back(name);
+      append(names, name);
     }
     // After the entry, so that the first one is let through whatever the flag. On purpose.
     if (bAbort) {
@@ -143,7 +151,7 @@ bool getFilesAndFileSizeInDirectory(const char* directory, FileOperations_c& res
       return false;
     }
     if (!isDirectory(status)) {
-      result.m_FileNames.emplace_back(name);
+      append(result.m_FileNames, name);
       total += static_cast<int32_t>(status.st_size); // 32 bits with their sign, whatever the file's size
     }
     if (bAbort) {
@@ -160,7 +168,7 @@ void deleteAllFilesInDirectory(const char* directory) {
   bool bAbort = false;
   getFilesAndFileSizeInDirectory(directory, files, bAbort);
   for (const std::string& name : files.m_FileNames) {
-    unlink((files.m_Directory + name).c_str());
+    unlink(joined(files.m_Directory.c_str(), name.c_str()).c_str());
   }
 }
 
@@ -201,7 +209,7 @@ bool getParentDirectory(const char* path, std::string& parent) {
   if (slash == std::string::npos || slash == 0) {
     return hasNoParent(parent);
   }
-  parent.resize(slash + 1);
+  parent.resize(slash + 1, '\0');
   return true;
 }
 
@@ -220,12 +228,12 @@ bool forceUnmount(const char* path) {
 }
 
 void copyPCBackupBatchFile(std::string& destination) {
-  std::array<char, copyCommandSize> command{};
+  std::array<char, copyCommandSize> command; // NOLINT: filled by the next call
   const int length = std::snprintf(command.data(), command.size(), "%s%s", copyCommand, destination.c_str());
   if (length < static_cast<int>(command.size())) {
     runCommand(command.data());
   } else {
-    runCommand((copyCommand + destination).c_str());
+    runCommand(joined(copyCommand, destination.c_str()).c_str());
   }
   runCommand("sync");
 }
