@@ -18,12 +18,9 @@
 #include <initializer_list>
 #include <ios>
 #include <memory>
-#include <new>
 #include <printf.h>
 #include <unistd.h>
 #include <unwind.h>
-#include <utility>
-#include <vector>
 
 namespace {
 
@@ -66,9 +63,8 @@ private:
   int m_descriptor;
 };
 
-// One write, at the end of the file: what threads and processes log at once stays whole.
-void appendToLog(const char* text, std::size_t size) {
-  const LogFile_c file(O_RDWR | O_CREAT | O_APPEND);
+void writeToLog(int flags, const char* text, std::size_t size) {
+  const LogFile_c file(O_RDWR | O_CREAT | flags);
   if (file.isOpen()) {
     file.append(text, size);
   }
@@ -97,25 +93,34 @@ bool isHarmlessFormat(const char* text) {
 #pragma GCC diagnostic ignored "-Wformat-nonliteral" // the formats are the application's
 #pragma GCC diagnostic ignored "-Wformat-security"
 
-// Zeros for every value that a harmless format can ask for: the floating-point registers, then a long double (three
-// words, or two with their alignment) for each.
-template <std::size_t... Real, std::size_t... Word>
-void printWithZeros(const char* text, std::index_sequence<Real...>, std::index_sequence<Word...>) {
-  std::fprintf(stderr, text, (static_cast<void>(Real), 0.0)..., (static_cast<void>(Word), 0L)...);
+// On the stack, a long double (three words, or two with their alignment) for each value.
+struct Zeros_s {
+  std::array<long, 3 * maxSecondPassValues> words;
+};
+
+// Zeros for every value that a harmless format can ask for: those of the registers, then those of the stack.
+void printWithZeros(const char* text) {
+  std::fprintf(stderr, text, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0L, 0L, 0L, 0L, Zeros_s{});
 }
 
 // The text is its own format: a '%' left in it is expanded once more on standard error. On purpose.
 void printAsFormat(const char* text, std::size_t size) {
   if (std::memchr(text, '%', size) != nullptr && isHarmlessFormat(text)) {
-    printWithZeros(text, std::make_index_sequence<8>(), std::make_index_sequence<3 * maxSecondPassValues>());
+    printWithZeros(text);
   } else {
     std::fwrite(text, 1, size, stderr);
   }
 }
 
+struct Free_s {
+  void operator()(void* block) const { std::free(block); }
+};
+
+using Message_t = std::unique_ptr<char[], Free_s>;
+
 // A message that is too long for the buffer; null where there is no memory for it.
-std::unique_ptr<char[]> longMessage(std::size_t size, const char* fmt, va_list arguments) {
-  std::unique_ptr<char[]> message(new (std::nothrow) char[size]);
+Message_t longMessage(std::size_t size, const char* fmt, va_list arguments) {
+  Message_t message(static_cast<char*>(std::malloc(size)));
   if (message != nullptr) {
     std::vsnprintf(message.get(), size, fmt, arguments);
   }
@@ -127,7 +132,7 @@ void handMessage(const char* fmt, va_list arguments) {
   va_list again;
   va_copy(again, arguments);
   const int length = std::vsnprintf(buffer.data(), buffer.size(), fmt, arguments);
-  std::unique_ptr<char[]> message;
+  Message_t message;
   if (length >= static_cast<int>(buffer.size())) {
     message = longMessage(static_cast<std::size_t>(length) + 1, fmt, again);
   }
@@ -240,16 +245,14 @@ void set_log_filename(const char* name) {
 
 void default_log_handler(const char* text) {
   const std::size_t size = std::strlen(text);
-  appendToLog(text, size);
+  // One write, at the end of the file: what threads and processes log at once stays whole.
+  writeToLog(O_APPEND, text, size);
   printAsFormat(text, size);
 }
 
 void log_clear() {
-  const LogFile_c file(O_RDWR | O_CREAT | O_TRUNC);
-  if (file.isOpen()) {
-    // Without a line feed: the next message goes on in the same line. On purpose.
-    file.append("LogCleared", 10);
-  }
+  // Without a line feed: the next message goes on in the same line. On purpose.
+  writeToLog(O_TRUNC, "LogCleared", 10);
 }
 
 void log_check_size() {
@@ -268,16 +271,16 @@ void print_stacktrace(FILE* out, unsigned int maxFrames) {
   std::size_t size = std::min(wanted, maxFramesOnStack + 1);
   auto** frames = static_cast<void**>(alloca(size * sizeof(void*)));
   std::size_t count = 0;
-  std::vector<void*> manyFrames;
+  std::unique_ptr<void*[]> manyFrames;
   while (true) {
     count = static_cast<std::size_t>(backtrace(frames, static_cast<int>(size)));
-    if (count < size || size == wanted || !manyFrames.empty()) {
+    if (count < size || size == wanted || manyFrames != nullptr) {
       break;
     }
     // A stack must not be asked to hold what it may not have room for: more frames go to the heap.
     size = std::max(size, std::min(wanted, depthOfStack()));
-    manyFrames.resize(size);
-    frames = manyFrames.data();
+    manyFrames.reset(new void*[size]);
+    frames = manyFrames.get();
   }
   if (count == 0) {
     std::fputs("  <empty, possibly corrupt>\n", out);
@@ -288,13 +291,12 @@ void print_stacktrace(FILE* out, unsigned int maxFrames) {
 
 std::string GetDateTimeStamp() {
   const std::time_t now = std::time(nullptr);
-  std::array<char, 128> text{};
+  std::array<char, 128> text; // NOLINT: filled by the next calls
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-y2k" // two digits of the year are the stamp's form
-  std::strftime(text.data(), text.size(), "%m-%d-%y-%I:%M:%S", std::localtime(&now));
+  const std::size_t length = std::strftime(text.data(), text.size(), "%m-%d-%y-%I:%M:%S", std::localtime(&now));
 #pragma GCC diagnostic pop
-  std::string stamp = text.data();
   // Counted from the first call of getTimeMs, not within the second. On purpose.
-  std::snprintf(text.data(), text.size(), ":%3.3d ", SystemUtils::getTimeMs());
-  return stamp += text.data();
+  std::snprintf(text.data() + length, text.size() - length, ":%3.3d ", SystemUtils::getTimeMs());
+  return text.data();
 }
