@@ -15,7 +15,6 @@
 #include <cxxabi.h>
 #include <execinfo.h>
 #include <fcntl.h>
-#include <initializer_list>
 #include <ios>
 #include <memory>
 #include <printf.h>
@@ -166,29 +165,21 @@ std::size_t depthOfStack() {
   return depth.count;
 }
 
-// One line in one piece, so that it stays whole on a stream without a buffer.
-void printLine(FILE* out, std::string& text, std::initializer_list<const char*> parts) {
-  text.clear();
-  for (const char* part : parts) {
-    text += part;
-  }
-  std::fwrite(text.data(), 1, text.size(), out);
-}
-
 void printFrame(FILE* out, char* line, std::string& text, char*& name, std::size_t& nameSize) {
   const StackTraceLine_s parts = splitStackTraceLine(line);
-  if (parts.name == nullptr) {
-    printLine(out, text, {"  ", line, "\n"});
-    return;
+  text = "  ";
+  text.append(line);
+  if (parts.name != nullptr) {
+    int status = 0;
+    char* demangled = abi::__cxa_demangle(parts.name, name, &nameSize, &status);
+    if (status == 0) {
+      name = demangled;
+    }
+    text.append(" : ").append(status == 0 ? name : parts.name).append(status == 0 ? "+" : "()+").append(parts.offset);
   }
-  int status = 0;
-  char* demangled = abi::__cxa_demangle(parts.name, name, &nameSize, &status);
-  if (status != 0) {
-    printLine(out, text, {"  ", line, " : ", parts.name, "()+", parts.offset, "\n"});
-    return;
-  }
-  name = demangled;
-  printLine(out, text, {"  ", line, " : ", name, "+", parts.offset, "\n"});
+  text.append("\n");
+  // In one piece, so that the line stays whole on a stream without a buffer.
+  std::fwrite(text.data(), 1, text.size(), out);
 }
 
 void printFrames(FILE* out, void* const* frames, int count) {
