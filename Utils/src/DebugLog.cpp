@@ -80,12 +80,16 @@ int32_t sizeOfLog() {
 // the type of that is none, which has every flag.
 bool isHarmlessFormat(const char* text) {
   constexpr int none = -1;
-  std::array<int, maxSecondPassValues> types{};
+  std::array<int, maxSecondPassValues> types; // NOLINT: filled by the next call
   types.fill(none);
-  const std::size_t count = parse_printf_format(text, types.size(), types.data());
-  const auto isHarmless = [](int type) { return (type & PA_FLAG_PTR) == 0; };
-  return count <= types.size() &&
-         std::all_of(types.begin(), types.begin() + static_cast<std::ptrdiff_t>(count), isHarmless);
+  std::size_t count = parse_printf_format(text, types.size(), types.data());
+  if (count > types.size()) {
+    return false;
+  }
+  while (count > 0 && (types[count - 1] & PA_FLAG_PTR) == 0) {
+    --count;
+  }
+  return count == 0;
 }
 
 #pragma GCC diagnostic push
