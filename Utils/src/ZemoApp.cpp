@@ -9,7 +9,7 @@
 #include <cassert>
 #include <cstdlib>
 #include <cstring>
-#include <utility>
+#include <iterator>
 
 namespace {
 
@@ -97,7 +97,7 @@ std::string consoleString(DBusValue_e value) {
   return getDBusInterfaceInstance()->getString(value);
 }
 
-std::string exchangeVin(bool set, const std::string& vin) {
+void exchangeVin(bool set, std::string& vin) {
   // One character more than the console may use, so that a text of full length is terminated as well.
   char buffer[vinSize + 1] = {};
   if (set) {
@@ -105,39 +105,27 @@ std::string exchangeVin(bool set, const std::string& vin) {
   }
   getDBusInterfaceInstance()->getSetProductVin(set, buffer);
   buffer[vinSize] = '\0';
-  return buffer;
+  vin = buffer;
 }
 
 const char* getBrandName(char code) {
-  switch (code) {
-  case '0':
-    return "QB";
-  case '1':
-    return "LX";
-  case '2':
-    return "ZT";
-  case '3':
-    return "WN";
-  case '4':
-    return "JR";
-  case '5':
-    return "Harlow-Mede";
-  case '6':
-    return "Tovra";
-  default:
-    return "Unknown";
-  }
+  // From '0' on.
+  static constexpr char names[][12] = {"QB", "LX", "ZT", "WN", "JR", "Harlow-Mede", "Tovra"};
+  const auto index = static_cast<std::size_t>(code - '0');
+  return index < std::size(names) ? names[index] : "Unknown";
+}
+
+bool isHardwareVariant(char variant) {
+  const std::string text = consoleString(ConsoleValue::hardwareVariant);
+  return text.size() == 1 && text[0] == variant;
 }
 
 const char* readHardwareId() {
   // The variant is asked for once for each question. On purpose: the first answer "1" decides.
-  if (consoleString(ConsoleValue::hardwareVariant) == "1") {
+  if (isHardwareVariant('1')) {
     return "000119";
   }
-  if (consoleString(ConsoleValue::hardwareVariant) == "2") {
-    return "000118";
-  }
-  return "N/A";
+  return isHardwareVariant('2') ? "000118" : "N/A";
 }
 
 void setEcuIdentification(__IsoAgLib::IdentItem_c& item) {
@@ -148,11 +136,12 @@ void setEcuIdentification(__IsoAgLib::IdentItem_c& item) {
 }
 
 void setProductIdentification(__IsoAgLib::IdentItem_c& item) {
-  std::string code = exchangeVin(false, {});
+  std::string code;
+  exchangeVin(false, code);
   // The model name belongs to the console, not to a vehicle: a VIN goes with an empty model. On purpose.
   const char* model = "";
   if (code.empty()) {
-    code = consoleString(ConsoleValue::serialNumber);
+    consoleString(ConsoleValue::serialNumber).swap(code);
     model = "R3700";
   }
   const std::string partNumber = consoleString(ConsoleValue::partNumber);
@@ -161,11 +150,16 @@ void setProductIdentification(__IsoAgLib::IdentItem_c& item) {
   item.setProductIdentification(code.c_str(), brand, model);
 }
 
+void appendField(std::string& fields, const std::string& field) {
+  fields.append(field).append("*");
+}
+
 void setSwIdentification(__IsoAgLib::IdentItem_c& item, const std::string& swIdentification) {
   // Taken whole: a '*' in the application's text makes further fields. On purpose.
-  std::string fields = swIdentification + "*";
-  fields += consoleString(ConsoleValue::osVersion) + "*";
-  fields += consoleString(ConsoleValue::bootLoaderVersion) + "*";
+  std::string fields;
+  appendField(fields, swIdentification);
+  appendField(fields, consoleString(ConsoleValue::osVersion));
+  appendField(fields, consoleString(ConsoleValue::bootLoaderVersion));
   item.setSwIdentification(fields.c_str());
 }
 
@@ -278,6 +272,30 @@ void setUseWorkingSetOfIdentItemFirst() {
   IsoMonitor_c::setUseWorkingSet(true);
 }
 
+// The text up to the first of "*" and "#", or the whole.
+std::string firstVersionOf(const std::string& swIdentification) {
+  std::size_t length = 0;
+  while (length < swIdentification.size() && swIdentification[length] != '*' && swIdentification[length] != '#') {
+    ++length;
+  }
+  std::string version;
+  version.assign(swIdentification.data(), length);
+  return version;
+}
+
+// Gives the line for the bus that does not open, or null. The ISOBUS is always instance 0, not the application's. On
+// purpose. A failure leaves open what is open.
+const char* openBuses(bool useProprietaryBus) {
+  if (!getCanInstance(0).init(0, bitrateKbit)) {
+    return "FAILED TO INITIALIZE CAN_BUS_INSTANCE_ISOBUS";
+  }
+  if (useProprietaryBus) {
+    return IsoAgLib::getIProprietaryBusInstance(0).init(1, bitrateKbit) ? nullptr
+                                                                        : "FAILED TO INITIALIZE PROPRIETARY CAN BUS";
+  }
+  return getCanInstance(1).init(1, bitrateKbit) ? nullptr : "FAILED TO INITIALIZE CAN_BUS_INSTANCE_CHASSIS";
+}
+
 void initProtocolServices(uint32_t instance) {
   getIsoRequestPgnInstance(instance).init();
   getIsoMonitorInstance(instance).init();
@@ -332,7 +350,7 @@ bool ZemoApp::init(ZemoAppType_e appType, std::string& swIdentification, unsigne
                      ecuInstance, isoInstance, selfConfigurable);
   }
   // Also where the stack failed to come up: the application shows its version all the same. On purpose.
-  m_ComponentVersions.setSoftwareVersion(swIdentification.substr(0, swIdentification.find_first_of("*#")));
+  m_ComponentVersions.setSoftwareVersion(firstVersionOf(swIdentification));
   return ok;
 }
 
@@ -359,25 +377,16 @@ bool ZemoApp::commonInit() {
   setUseWorkingSetOfIdentItemFirst();
   getSystemInstance().init();
   getSchedulerInstance().init(nullptr);
-  // The ISOBUS is always instance 0, not m_IsoInstance. On purpose. A failure leaves open what is open.
-  if (!getCanInstance(0).init(0, bitrateKbit)) {
-    printLine({"FAILED TO INITIALIZE CAN_BUS_INSTANCE_ISOBUS"});
+  if (const char* failure = openBuses(m_bUseProprietaryBus)) {
+    printLine({failure});
     return false;
   }
   if (m_bUseProprietaryBus) {
-    if (!IsoAgLib::getIProprietaryBusInstance(0).init(1, bitrateKbit)) {
-      printLine({"FAILED TO INITIALIZE PROPRIETARY CAN BUS"});
-      return false;
-    }
     initProtocolServices(m_IsoInstance);
-    return true;
+  } else {
+    initProtocolServices(0);
+    initProtocolServices(1);
   }
-  if (!getCanInstance(1).init(1, bitrateKbit)) {
-    printLine({"FAILED TO INITIALIZE CAN_BUS_INSTANCE_CHASSIS"});
-    return false;
-  }
-  initProtocolServices(0);
-  initProtocolServices(1);
   return true;
 }
 
@@ -503,7 +512,7 @@ IsoAgLib::iIdentItem_c* ZemoApp::getMyIdent(uint32_t index) {
 }
 
 void ZemoApp::getSetProductVin(bool set, std::string& vin) {
-  vin = exchangeVin(set, vin);
+  exchangeVin(set, vin);
 }
 
 uint8_t ZemoApp::getVirtualTerminalVersion() {
@@ -518,7 +527,7 @@ uint8_t ZemoApp::getVirtualTerminalVersion() {
 }
 
 void ZemoApp::setIsoAgLibEepromFile(std::string fileName) {
-  s_isoAgLibEepromFile = std::move(fileName);
+  s_isoAgLibEepromFile.swap(fileName);
 }
 
 const char* getZemoEepromFileName() {
