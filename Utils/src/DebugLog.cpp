@@ -2,6 +2,7 @@
 
 #include "StackTraceLine.h"
 #include "SystemUtils.h"
+#include "TextOf.h"
 
 #include <algorithm>
 #include <alloca.h>
@@ -293,5 +294,5 @@ std::string GetDateTimeStamp() {
 #pragma GCC diagnostic pop
   // Counted from the first call of getTimeMs, not within the second. On purpose.
   std::snprintf(text.data() + length, text.size() - length, ":%3.3d ", SystemUtils::getTimeMs());
-  return text.data();
+  return textOf(text.data());
 }

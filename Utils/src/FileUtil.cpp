@@ -1,5 +1,7 @@
 #include "FileUtil.h"
 
+#include "TextOf.h"
+
 #include <array>
 #include <climits>
 #include <cstdio>
@@ -51,14 +53,14 @@ std::string joined(const char* directory, const char* name) {
 }
 
 void append(std::vector<std::string>& names, const char* name) {
-  names.push_back(name);
+  names.push_back(textOf(name));
 }
 
 // A directory while it is listed.
 class Listing_c {
 public:
   explicit Listing_c(const char* directory)
-      : m_directory(directory), m_stream(opendir(directory)), m_bRelative(isPathOfEntries()) {}
+      : m_directory(textOf(directory)), m_stream(opendir(directory)), m_bRelative(isPathOfEntries()) {}
 
   bool isOpen() const { return m_stream != nullptr; }
 

@@ -1,5 +1,7 @@
 #include "IsoText.h"
 
+#include "TextOf.h"
+
 #include <cstdint>
 #include <cstdio>
 
@@ -21,7 +23,7 @@ std::string IsoNameToString(const __IsoAgLib::IsoName_c& name) {
   std::snprintf(text, sizeof text,
                 " IsoName 0x%2.2x 0x%2.2x 0x%2.2x 0x%2.2x 0x%2.2x 0x%2.2x 0x%2.2x 0x%2.2x ", // byte 0 first
                 bytes[0], bytes[1], bytes[2], bytes[3], bytes[4], bytes[5], bytes[6], bytes[7]);
-  return text;
+  return textOf(text);
 }
 
 std::string CanPkgToString(const __IsoAgLib::CanPkg_c& pkg) {
@@ -32,5 +34,5 @@ std::string CanPkgToString(const __IsoAgLib::CanPkg_c& pkg) {
   for (uint8_t index = 0; index < message.getLen(); ++index) {
     length += std::snprintf(text + length, sizeof text - static_cast<std::size_t>(length), "%2.2x ", message[index]);
   }
-  return text;
+  return textOf(text);
 }

@@ -1,5 +1,6 @@
 #include "SwIdentification.h"
 
+#include "TextOf.h"
 #include "ZemoPlatform.h"
 
 #include <cstring>
@@ -45,8 +46,7 @@ int GetHardwareRevision() {
 namespace __IsoAgLib {
 
 std::string stringizeWithMaxZEMOLibVersion(const std::vector<const char* (*)()>* versionFunctions) {
-  std::string versions;
-  versions = getUtilsVersion();
+  std::string versions = textOf(getUtilsVersion());
   std::string others;
   if (versionFunctions != nullptr) {
     for (const char* (*versionFunction)() : *versionFunctions) {

@@ -5,6 +5,7 @@
 
 #include "ConsoleLine.h"
 #include "ConsoleValues.h"
+#include "TextOf.h"
 
 #include <cassert>
 #include <cstdlib>
@@ -13,7 +14,7 @@
 
 namespace {
 
-std::string s_isoAgLibEepromFile = "/mnt/nand/zemo/settings/eeprom.dat";
+std::string s_isoAgLibEepromFile = textOf("/mnt/nand/zemo/settings/eeprom.dat");
 
 // 0: no serial number has given a number yet.
 uint32_t s_serialNumberCache = 0;

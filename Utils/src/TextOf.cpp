@@ -1,0 +1,5 @@
+#include "TextOf.h"
+
+std::string textOf(const char* text) {
+  return text;
+}
