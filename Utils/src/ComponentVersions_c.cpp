@@ -10,7 +10,7 @@ namespace {
 
 void fetchIfEmpty(std::string& text, DBusValue_e value) {
   if (text.empty()) {
-    text = getDBusInterfaceInstance()->getString(value);
+    getDBusInterfaceInstance()->getString(value).swap(text);
   }
 }
 

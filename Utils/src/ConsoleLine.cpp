@@ -8,3 +8,7 @@ void printLine(std::initializer_list<std::string_view> parts) {
   }
   std::cout << std::endl;
 }
+
+void printLine(const char* text) {
+  printLine({std::string_view(text)});
+}

@@ -186,11 +186,11 @@ void setRtcTime(int year, int month, int day, int hour, int minute, int second) 
   now.tv_sec = std::mktime(&time);
   writeClock(now.tv_sec, true);
   if (settimeofday(&now, nullptr) != 0) {
-    printLine({"Call to reset time failed!"});
+    printLine("Call to reset time failed!");
     return;
   }
   // Written once more, by the tool, which nobody waits for. On purpose.
-  printLine({"Setting hwclock from system clock"});
+  printLine("Setting hwclock from system clock");
   static_cast<void>(!std::system("hwclock --systohc &"));
 }
 

@@ -41,7 +41,7 @@ const char* GetSignalName(int sig) {
 }
 
 // Plain C, as standard output may have been told to write numbers otherwise.
-std::array<char, 12> textOf(int number) {
+std::array<char, 12> decimal(int number) {
   std::array<char, 12> text; // NOLINT: filled by the next call
   std::snprintf(text.data(), text.size(), "%d", number);
   return text;
@@ -49,7 +49,7 @@ std::array<char, 12> textOf(int number) {
 
 // Announces and hands over, nothing more: to end the process is the application's task. On purpose.
 void ZemoInternalSignalHandler(int sig) {
-  printLine({"ZemoInternalSignalHandler signal ", textOf(sig).data(), " ", GetSignalName(sig)});
+  printLine({"ZemoInternalSignalHandler signal ", decimal(sig).data(), " ", GetSignalName(sig)});
   if (g_funcSignalHandler != nullptr) {
     g_funcSignalHandler(sig);
   }
@@ -62,8 +62,8 @@ void AddSignalToHandle(int sig) {
     return;
   }
   const int error = errno;
-  printLine({"FAILED to add signal handler for signal ", textOf(sig).data(), " ", GetSignalName(sig), " ERROR ",
-             textOf(error).data()});
+  printLine({"FAILED to add signal handler for signal ", decimal(sig).data(), " ", GetSignalName(sig), " ERROR ",
+             decimal(error).data()});
 }
 
 void AddAllTerminationSignals() {

@@ -233,7 +233,7 @@ bool ComponentIdentity_c::init(std::string& swIdentification, uint8_t preferredS
   m_myIdent->init(name, *m_dataStorage, slaveCount, nullptr, true);
 
   if (!__IsoAgLib::getIsoMonitorInstance(m_isoInstance).registerIdentItem(*m_myIdent)) {
-    printLine({"Failed to register ident"});
+    printLine("Failed to register ident");
     std::abort();
   }
 
@@ -379,7 +379,7 @@ bool ZemoApp::commonInit() {
   getSystemInstance().init();
   getSchedulerInstance().init(nullptr);
   if (const char* failure = openBuses(m_bUseProprietaryBus)) {
-    printLine({failure});
+    printLine(failure);
     return false;
   }
   if (m_bUseProprietaryBus) {
