@@ -3,10 +3,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <string>
-#include <string_view>
 #include <unistd.h>
 
 // MemoryTable_c: the text behind a descriptor, which stays the caller's. A read that fails is an end.
@@ -23,8 +22,7 @@ public:
   //            of an older form of the table, skips the rest of its line and the next two, 100 characters each at most.
   uint32_t freeKilobytes() {
     uint32_t sum = 0;
-    for (std::string_view word = readWord(); !word.empty(); word = readWord()) {
-      const Key_e key = keyOf(word);
+    for (Key_e key = readWord(); key != Key_e::none; key = readWord()) {
       if (key == Key_e::header) {
         skipHeader();
         continue;
@@ -44,83 +42,75 @@ public:
   }
 
 private:
-  // A word with several texts is the last of them.
-  enum class Key_e { other, cached, free, header };
+  // A word with several texts is the last of them; none is the end.
+  enum class Key_e { none, other, cached, free, header };
 
-  template <std::size_t Size>
-  static bool endsWith(std::string_view word, const char (&text)[Size]) {
-    constexpr std::size_t length = Size - 1;
-    return word.size() >= length && std::memcmp(word.data() + word.size() - length, text, length) == 0;
-  }
+  static constexpr std::size_t pieceSize = 256;
+  static constexpr std::size_t longestText = 8;
 
-  static Key_e keyAtEnd(std::string_view word) {
-    if (endsWith(word, "total:")) {
-      return Key_e::header;
-    }
-    if (endsWith(word, "MemFree:")) {
-      return Key_e::free;
-    }
-    return endsWith(word, "Cached:") ? Key_e::cached : Key_e::other;
-  }
+  struct Text_s {
+    char text[longestText + 1];
+    Key_e key;
+  };
 
-  // Every text ends with the colon, wherever it is in the word.
-  static Key_e keyOf(std::string_view word) {
-    Key_e key = Key_e::other;
-    for (std::size_t size = 1; size <= word.size(); ++size) {
-      if (word[size - 1] == ':') {
-        key = std::max(key, keyAtEnd(word.substr(0, size)));
+  // What ends there, of a word with so many characters until then.
+  static Key_e keyBefore(const char* end, std::size_t length) {
+    static constexpr Text_s texts[] = {
+        {"total:", Key_e::header}, {"MemFree:", Key_e::free}, {"Cached:", Key_e::cached}};
+    for (const Text_s& text : texts) {
+      const std::size_t size = std::strlen(text.text);
+      if (size <= length && std::memcmp(end - size, text.text, size) == 0) {
+        return text.key;
       }
     }
-    return key;
+    return Key_e::other;
   }
 
   static bool isBlank(char character) { return character == ' ' || (character >= '\t' && character <= '\r'); }
-  static bool isInWord(char character) { return !isBlank(character); }
   static bool isDigit(char character) { return character >= '0' && character <= '9'; }
 
-  // False at the end.
+  // False at the end. What came last stays in front of the new piece: a text may go on there.
   bool fill() {
-    const ssize_t count = read(m_descriptor, m_piece.data(), m_piece.size());
-    m_next = m_piece.data();
-    m_end = m_next + std::max<ssize_t>(count, 0);
+    char* piece = std::copy(m_end - longestText, m_end, m_room.data());
+    const ssize_t count = read(m_descriptor, piece, pieceSize);
+    m_next = piece;
+    m_end = piece + std::max<ssize_t>(count, 0);
     return m_next != m_end;
   }
 
   // Whether there is a next character.
   bool hasNext() { return m_next != m_end || fill(); }
 
-  // The rest of the piece as long as its characters are such.
-  template <class Is>
-  void skipInPiece(Is is) {
-    const char* next = m_next;
-    for (const char* end = m_end; next != end && is(*next); ++next) {
-    }
-    m_next = next;
-  }
-
-  void skipBlanks() {
+  // Goes on as long as the characters are taken.
+  template <class Take_t>
+  void goOn(const Take_t& takes) {
     do {
-      skipInPiece(isBlank);
+      while (m_next != m_end && takes(*m_next)) {
+        ++m_next;
+      }
     } while (m_next == m_end && fill());
   }
 
-  // Stands until the next is read; empty at the end.
-  std::string_view readWord() {
-    skipBlanks();
-    const char* begin = m_next;
-    skipInPiece(isInWord);
-    return m_next != m_end ? std::string_view(begin, static_cast<std::size_t>(m_next - begin)) : readLongWord(begin);
+  void skipBlanks() {
+    goOn([](char character) { return isBlank(character); });
   }
 
-  // A word that may go on in the next piece.
-  std::string_view readLongWord(const char* begin) {
-    m_word.assign(begin, m_end);
-    while (m_next == m_end && fill()) {
-      const char* rest = m_next;
-      skipInPiece(isInWord);
-      m_word.append(rest, m_next);
-    }
-    return m_word;
+  // Every text ends with the colon, wherever it is in the word.
+  Key_e readWord() {
+    skipBlanks();
+    Key_e key = Key_e::other;
+    std::size_t length = 0;
+    goOn([this, &key, &length](char character) {
+      if (isBlank(character)) {
+        return false;
+      }
+      ++length;
+      if (character == ':') {
+        key = std::max(key, keyBefore(m_next + 1, length));
+      }
+      return true;
+    });
+    return length == 0 ? Key_e::none : key;
   }
 
   // In 32 bits, as it is added. What follows the digits is left for the next word.
@@ -133,13 +123,14 @@ private:
     }
     int digits = 0;
     value = 0;
-    do {
-      const char* next = m_next;
-      for (const char* end = m_end; next != end && isDigit(*next) && digits <= maxDigits; ++next, ++digits) {
-        value = value * 10 + static_cast<uint32_t>(*next - '0');
+    goOn([&value, &digits](char character) {
+      if (!isDigit(character) || digits > maxDigits) {
+        return false;
       }
-      m_next = next;
-    } while (m_next == m_end && fill());
+      value = value * 10 + static_cast<uint32_t>(character - '0');
+      ++digits;
+      return true;
+    });
     if (sign == '-') {
       value = 0U - value;
     }
@@ -163,8 +154,7 @@ private:
   }
 
   int m_descriptor;
-  std::array<char, 256> m_piece; // NOLINT: only what has been read is used
-  const char* m_next = nullptr;
-  const char* m_end = nullptr;
-  std::string m_word;
+  char* m_next = m_room.data() + longestText;
+  char* m_end = m_next;
+  std::array<char, longestText + pieceSize> m_room = {};
 };
