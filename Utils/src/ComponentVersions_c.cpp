@@ -5,6 +5,7 @@
 #include "ZemoPlatform.h"
 
 #include <cstdlib>
+#include <cstring>
 
 namespace {
 
@@ -62,13 +63,14 @@ std::string ComponentVersions_c::getZemoPartNumber() {
 int ComponentVersions_c::getVehicleCode() {
   init();
   // Not the first of either: a ',' anywhere wins over an earlier '.'.
-  std::string::size_type separator = m_partNumber.find(',');
-  if (separator == std::string::npos) {
-    separator = m_partNumber.find('.');
+  const char* text = m_partNumber.c_str();
+  const void* separator = std::memchr(text, ',', m_partNumber.size());
+  if (separator == nullptr) {
+    separator = std::memchr(text, '.', m_partNumber.size());
   }
-  if (separator == std::string::npos) {
+  if (separator == nullptr) {
     return -1;
   }
   // atoi on purpose: no digit gives 0, and what follows the digits does not matter.
-  return std::atoi(m_partNumber.c_str() + separator + 1);
+  return std::atoi(static_cast<const char*>(separator) + 1);
 }

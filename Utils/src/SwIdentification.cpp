@@ -58,7 +58,7 @@ std::string stringizeWithMaxZEMOLibVersion(const std::vector<const char* (*)()>*
       }
     }
   }
-  versions += others;
+  versions.append(others.c_str());
   const char* stackVersion = getIsoAgLibVersion();
   if (std::strstr(versions.c_str(), stackVersion) == nullptr) {
     appendField(versions, stackVersion);

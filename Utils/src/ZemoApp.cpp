@@ -7,6 +7,7 @@
 #include "ConsoleValues.h"
 #include "TextOf.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstdlib>
 #include <cstring>
@@ -152,7 +153,7 @@ void setProductIdentification(__IsoAgLib::IdentItem_c& item) {
 }
 
 void appendField(std::string& fields, const std::string& field) {
-  fields.append(field).append("*");
+  fields.append(field.data(), field.size()).append("*", 1);
 }
 
 void setSwIdentification(__IsoAgLib::IdentItem_c& item, const std::string& swIdentification) {
@@ -271,6 +272,13 @@ void setUseWorkingSetOfIdentItemFirst() {
   IdentItem_c::setUseWorkingSet(true);
   IsoItem_c::setUseWorkingSet(true);
   IsoMonitor_c::setUseWorkingSet(true);
+}
+
+// In new room, as identities are few.
+void append(std::vector<ComponentIdentity_c*>& identities, ComponentIdentity_c* identity) {
+  std::vector<ComponentIdentity_c*> all(identities.size() + 1, identity);
+  std::copy(identities.begin(), identities.end(), all.begin());
+  identities.swap(all);
 }
 
 // The text up to the first of "*" and "#", or the whole.
@@ -491,7 +499,7 @@ bool ZemoApp::addIdentity(std::string& swIdentification, unsigned char preferred
   auto* identity = new ComponentIdentity_c;
   identity->init(swIdentification, preferredSa, deviceClass, deviceClassInstance, function, functionInstance,
                  ecuInstance, isoInstance, selfConfigurable, slaveCount, industryGroup);
-  m_Identities.push_back(identity);
+  append(m_Identities, identity);
   // True also for an identity that cannot claim an address later. On purpose.
   return true;
 }
