@@ -67,7 +67,8 @@ void AddSignalToHandle(int sig) {
 }
 
 void AddAllTerminationSignals() {
-  for (const int sig : {SIGINT, SIGHUP, SIGFPE, SIGSEGV, SIGQUIT, SIGTERM}) {
+  static constexpr int signals[] = {SIGINT, SIGHUP, SIGFPE, SIGSEGV, SIGQUIT, SIGTERM};
+  for (const int sig : signals) {
     AddSignalToHandle(sig);
   }
 }
