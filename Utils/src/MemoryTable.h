@@ -154,7 +154,7 @@ private:
   }
 
   int m_descriptor;
+  std::array<char, longestText + pieceSize> m_room = {};
   char* m_next = m_room.data() + longestText;
   char* m_end = m_next;
-  std::array<char, longestText + pieceSize> m_room = {};
 };
