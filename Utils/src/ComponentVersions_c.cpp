@@ -33,7 +33,7 @@ void ComponentVersions_c::init() {
 }
 
 void ComponentVersions_c::setSoftwareVersion(const std::string& softwareVersion) {
-  m_softwareVersion = softwareVersion;
+  m_softwareVersion.assign(softwareVersion.data(), softwareVersion.size());
 }
 
 std::string ComponentVersions_c::getSoftwareVersion() {
