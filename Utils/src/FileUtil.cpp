@@ -177,7 +177,7 @@ void deleteAllFilesInDirectory(const char* directory) {
 bool getDiskSpace(const char* path, long long& totalBytes, long long& freeBytes) {
   totalBytes = 0;
   freeBytes = 0;
-  struct statvfs medium = {};
+  struct statvfs medium; // NOLINT: filled by the next call
   if (statvfs(path, &medium) != 0) {
     return false;
   }
@@ -245,7 +245,7 @@ const char* getConsoleModel() {
 }
 
 bool fileExists(const char* path) {
-  struct stat status = {};
+  struct stat status; // NOLINT: filled by the next call
   return stat(path, &status) == 0;
 }
 

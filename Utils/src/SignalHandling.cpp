@@ -14,30 +14,24 @@ constexpr unsigned int maxFrames = 63;
 
 void (*g_funcSignalHandler)(int) = nullptr;
 
+struct SignalName_s {
+  int number;
+  char name[8];
+};
+
 // Short on purpose: every other signal is unknown, also where it can be handled.
+constexpr SignalName_s signalNames[] = {
+    {SIGHUP, "SIGHUP"},   {SIGINT, "SIGINT"},   {SIGQUIT, "SIGQUIT"}, {SIGFPE, "SIGFPE"},   {SIGKILL, "SIGKILL"},
+    {SIGSEGV, "SIGSEGV"}, {SIGTERM, "SIGTERM"}, {SIGCHLD, "SIGCHLD"}, {SIGSTOP, "SIGSTOP"},
+};
+
 const char* GetSignalName(int sig) {
-  switch (sig) {
-  case SIGHUP:
-    return "SIGHUP";
-  case SIGINT:
-    return "SIGINT";
-  case SIGQUIT:
-    return "SIGQUIT";
-  case SIGFPE:
-    return "SIGFPE";
-  case SIGKILL:
-    return "SIGKILL";
-  case SIGSEGV:
-    return "SIGSEGV";
-  case SIGTERM:
-    return "SIGTERM";
-  case SIGCHLD:
-    return "SIGCHLD";
-  case SIGSTOP:
-    return "SIGSTOP";
-  default:
-    return "UNKNOWN SIGNAL";
+  for (const SignalName_s& entry : signalNames) {
+    if (entry.number == sig) {
+      return entry.name;
+    }
   }
+  return "UNKNOWN SIGNAL";
 }
 
 // Plain C, as standard output may have been told to write numbers otherwise.
