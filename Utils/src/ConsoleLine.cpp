@@ -10,5 +10,5 @@ void printLine(std::initializer_list<std::string_view> parts) {
 }
 
 void printLine(const char* text) {
-  printLine({std::string_view(text)});
+  std::cout << std::string_view(text) << std::endl;
 }
