@@ -135,6 +135,7 @@ void handMessage(const char* fmt, va_list arguments) {
   std::array<char, messageSize> buffer; // NOLINT: filled by the next call
   va_list again;
   va_copy(again, arguments);
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has started the list
   const int length = std::vsnprintf(buffer.data(), buffer.size(), fmt, arguments);
   Message_t message;
   if (length >= static_cast<int>(buffer.size())) {

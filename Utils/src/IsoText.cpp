@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t nameTextSize = 256;
 
 // The source address and as many bytes as a length can tell, each with three characters, and the terminating zero.
-constexpr std::size_t messageTextSize = sizeof " SA 0x00 " + 3 * UINT8_MAX;
+constexpr std::size_t messageTextSize = sizeof " SA 0x00 " + std::size_t{3} * UINT8_MAX;
 
 } // namespace
 

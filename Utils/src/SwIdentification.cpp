@@ -58,7 +58,8 @@ std::string stringizeWithMaxZEMOLibVersion(const std::vector<const char* (*)()>*
       }
     }
   }
-  versions.append(others.c_str());
+  const char* otherVersions = others.c_str();
+  versions.append(otherVersions);
   const char* stackVersion = getIsoAgLibVersion();
   if (std::strstr(versions.c_str(), stackVersion) == nullptr) {
     appendField(versions, stackVersion);
