@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <sstream>
 
 using namespace TestSupport;
@@ -118,6 +119,23 @@ TEST_P(VtSetter, IsAnAssertionOfTheStackForAnObjectWithoutARecord) {
     EXPECT_EQ(SIGABRT, ending.signal);
     EXPECT_EQ(recordOfMissingRecord(), ending.standardError);
     EXPECT_EQ("", ending.standardOutput);
+  }
+}
+
+// A comparison asks the stack for the record once, a forced value does not ask.
+TEST_P(VtSetter, ComparesWithZeroesForAnObjectWithoutARecordWhereTheAssertionIsWaived) {
+  IsoBusHost::Host::faults().assertCallStart = [] { return true; };
+  const std::string waived = "isoaglib_assert_callStart() = true\n";
+  for (const VtValue_s& value : GetParam().values) {
+    SCOPED_TRACE(value.text);
+    std::memset(static_cast<void*>(&m_screen.records), 0, sizeof m_screen.records);
+    const bool bZeroes = callsOfSetting(value, false).empty();
+    VtScreen_s screen(false);
+    screen.font.init(&screen.records.font); // the items of the list, which are asked for their id
+    screen.fill.init(&screen.records.fill);
+    const std::string sent = callsOf([&] { value.set(screen, true); });
+    EXPECT_NE(std::string::npos, sent.find("vt "));
+    EXPECT_EQ(bZeroes ? waived : waived + sent, callsOf([&] { value.set(screen, false); }));
   }
 }
 
