@@ -13,7 +13,7 @@ string(FIND "${CMAKE_CXX_FLAGS}" "-fsanitize" zemo_sanitizer_place)
 function(zemo_harden target)
   target_link_options(${target} PRIVATE LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
   if(zemo_sanitizer_place EQUAL -1)
-    target_compile_options(${target} PRIVATE -fstack-protector-strong
+    target_compile_options(${target} PRIVATE -fstack-protector
                                              $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
   endif()
 endfunction()

@@ -1,7 +1,7 @@
 // Well-formed UTF-16 on the fast way, turned into UTF-8.
 //
 // Each unit becomes a word with its one to three bytes, and the bytes that count are moved together. Pairs of
-// surrogates are taken four at a time, or one by one.
+// surrogates are taken where four of them stand together.
 #pragma once
 
 #include "UtfBlocks.h"
@@ -18,34 +18,32 @@ struct Packed_s {
   std::size_t count;
 };
 
+inline std::size_t wordsOf(__m128i flags) {
+  return static_cast<std::size_t>(_mm_movemask_ps(_mm_castsi128_ps(flags)));
+}
+
 // Values below U+10000 in words of 32 bits, surrogates aside.
 __attribute__((always_inline)) inline Packed_s packFour(__m128i values) {
-  const __m128i isMany = _mm_cmpgt_epi32(values, words(0x7F));
-  const __m128i isThree = _mm_cmpgt_epi32(values, words(0x7FF));
+  const __m128i areMany = _mm_cmpgt_epi32(values, words(0x7F));
+  const __m128i areThree = _mm_cmpgt_epi32(values, words(0x7FF));
   const __m128i first = _mm_srli_epi32(values, 12);
   const __m128i middle = _mm_and_si128(_mm_slli_epi32(values, 2), words(0x3F00));
   const __m128i last = _mm_and_si128(_mm_slli_epi32(values, 16), words(0x3F0000));
-  const __m128i marks = _mm_xor_si128(words(0x80C000), _mm_and_si128(isThree, words(0x80C000 ^ 0x8080E0)));
-  const __m128i many = _mm_or_si128(_mm_or_si128(first, middle), _mm_or_si128(last, marks));
-  const __m128i one = _mm_slli_epi32(values, 16);
-  const __m128i characters = _mm_or_si128(_mm_and_si128(isMany, many), _mm_andnot_si128(isMany, one));
-  const int mask = _mm_movemask_ps(_mm_castsi128_ps(isMany)) | _mm_movemask_ps(_mm_castsi128_ps(isThree)) << 4;
-  const auto& order = bytePacking.orders[bytePacking.numbers[static_cast<std::size_t>(mask)]];
-  return {shuffle(characters, loadBlock(order.data())), order.back()};
+  const __m128i three = _mm_or_si128(_mm_or_si128(first, middle), _mm_or_si128(last, words(0x8080E0)));
+  const __m128i two = _mm_or_si128(_mm_srli_epi32(_mm_or_si128(middle, last), 8), words(0x80C0));
+  const __m128i many = _mm_or_si128(_mm_and_si128(areThree, three), _mm_andnot_si128(areThree, two));
+  const __m128i characters = _mm_or_si128(_mm_and_si128(areMany, many), _mm_andnot_si128(areMany, values));
+  const std::size_t wordsOfMany = wordsOf(areMany);
+  const std::size_t wordsOfThree = wordsOf(areThree);
+  const std::size_t number = std::size_t{bytePacking.numbers[wordsOfMany]} + bytePacking.numbers[wordsOfThree];
+  const std::size_t more = std::size_t{bytePacking.counts[wordsOfMany]} + bytePacking.counts[wordsOfThree];
+  return {shuffle(characters, loadBlock(bytePacking.orders[number].data())), 4 + more};
 }
 
 // The bytes of eight units without surrogates, in two halves. The last units may be zeros that do not count.
 struct Bytes_s {
   Packed_s low;
   Packed_s high;
-
-  std::size_t count() const { return low.count + high.count; }
-
-  // Writes 16 bytes from where each half begins.
-  void write(uint8_t* target) const {
-    storeBlock(target, low.bytes);
-    storeBlock(target + low.count, high.bytes);
-  }
 };
 
 __attribute__((always_inline)) inline Bytes_s bytesOf(__m128i block) {
@@ -53,110 +51,77 @@ __attribute__((always_inline)) inline Bytes_s bytesOf(__m128i block) {
           packFour(_mm_unpackhi_epi16(block, _mm_setzero_si128()))};
 }
 
-inline __m128i surrogatesOf(__m128i block) {
-  return _mm_cmpeq_epi16(_mm_and_si128(block, units(0xF800)), units(0xD800));
+// A mask for the first units of a block.
+inline __m128i onlyFirst(std::size_t count) {
+  return loadBlock(firstBytes.data() + blockSize - 2 * count);
 }
 
-// Up to eight units, with zeros behind them.
-inline __m128i loadUnits(const uint16_t* text, std::size_t size) {
-  return size == unitsOfBlock ? loadBlock(text) : loadPart(reinterpret_cast<const uint8_t*>(text), 2 * size);
-}
-
-// The last units, up to eight, of a text of eight at least.
-inline __m128i loadLastUnits(const uint16_t* end, std::size_t size) {
-  return moveToFront(loadBlock(end - unitsOfBlock), 2 * (unitsOfBlock - size));
-}
-
-// Units up to the first surrogate.
-inline std::size_t unitsBeforeSurrogate(const uint16_t* text, std::size_t size) {
-  std::size_t place = 0;
-  while (place < size && !isSurrogate(load(text + place))) {
-    ++place;
+// The first units of a block, up to eight, with zeros behind them.
+inline __m128i loadFirst(const uint16_t* text, std::size_t size, std::size_t count) {
+  const auto* place = reinterpret_cast<const uint8_t*>(text);
+  if (size < unitsOfBlock) {
+    return loadPart(place, 2 * count);
   }
-  return place;
+  return _mm_and_si128(loadBlock(text), onlyFirst(count));
 }
 
-constexpr std::size_t spareBytes = 2 * blockSize;
-constexpr std::size_t longestRun = 256;
-
-// Lets a result be written that leaves 32 bytes of anything behind it, so that nothing of them is seen. False where
-// there is no room.
-template <class Write_c>
-__attribute__((always_inline)) inline bool writeExactly(uint8_t* target, std::size_t room, std::size_t size,
-                                                        const Write_c& write) {
-  if (room < size) {
-    return false;
-  }
-  std::array<uint8_t, 3 * 2 * unitsOfBlock + 2 * spareBytes> result; // NOLINT: filled by the next lines
-  const bool hasSpare = room - size >= spareBytes;
-  uint8_t* place = hasSpare ? target : result.data();
-  const __m128i behind = loadBlock(place + size);
-  const __m128i farBehind = loadBlock(place + size + blockSize);
-  write(place);
-  if (hasSpare) {
-    storeBlock(place + size, behind);
-    storeBlock(place + size + blockSize, farBehind);
-  } else {
-    copyExactly(target, place, size);
-  }
-  return true;
-}
-
-// The whole of a text of at most 16 units without surrogates; gives how many bytes, 0 where that cannot be.
-inline std::size_t takeShort(const uint16_t* text, std::size_t size, uint8_t* target, std::size_t room) {
-  if (size <= unitsOfBlock) {
-    const __m128i block = loadUnits(text, size);
-    const Bytes_s result = bytesOf(block);
-    const std::size_t count = result.count() - (unitsOfBlock - size);
-    const auto write = [&](uint8_t* place) { result.write(place); };
-    return maskOf(surrogatesOf(block)) == 0 && writeExactly(target, room, count, write) ? count : 0;
-  }
-  const __m128i first = loadBlock(text);
-  const __m128i second = loadLastUnits(text + size, size - unitsOfBlock);
-  const Bytes_s firstResult = bytesOf(first);
-  const Bytes_s secondResult = bytesOf(second);
-  const std::size_t count = firstResult.count() + secondResult.count() - (2 * unitsOfBlock - size);
-  const auto write = [&](uint8_t* place) {
-    firstResult.write(place);
-    secondResult.write(place + firstResult.count());
-  };
-  const bool hasSurrogates = maskOf(_mm_or_si128(surrogatesOf(first), surrogatesOf(second))) != 0;
-  return !hasSurrogates && writeExactly(target, room, count, write) ? count : 0;
+inline uint32_t surrogatesIn(__m128i block) {
+  return maskOf(_mm_cmpeq_epi16(_mm_and_si128(block, units(0xF800)), units(0xD800)));
 }
 
 // What has been converted: units of the source, and where the result ends.
 struct Converted_s {
-  std::size_t units;
+  std::size_t size;
   uint8_t* end;
 };
 
-// Converts units up to the first surrogate where nobody cares about what stands behind the result.
+// Writes the bytes of a block: 16 for the low half, 12 for the high one.
+inline void writeBytes(const Bytes_s& bytes, uint8_t* target) {
+  uint8_t* high = target + bytes.low.count;
+  storeBlock(target, bytes.low.bytes);
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(high), bytes.high.bytes);
+  const int last = _mm_cvtsi128_si32(_mm_srli_si128(bytes.high.bytes, 8));
+  std::memcpy(high + 8, &last, sizeof last);
+}
+
+// Converts units up to a surrogate.
+//
+// Only the first block and the last one may be short. A whole one becomes eight bytes at least and writes at most eight
+// more, which the next whole one covers. What stood behind a block is put back where no whole one follows.
 //
 //   Takes    target: room for three bytes for each unit and spareBytes
-__attribute__((noinline)) inline Converted_s convertUnits(const uint16_t* text, std::size_t size, uint8_t* target) {
+__attribute__((always_inline)) inline Converted_s convertBlocks(const uint16_t* text, std::size_t size,
+                                                                uint8_t* target) {
+  std::size_t count = (size - 1) % unitsOfBlock + 1;
+  __m128i block = loadFirst(text, size, count);
+  __m128i behind = loadBlock(target);
   std::size_t place = 0;
-  for (; place < size; place += unitsOfBlock) {
-    std::size_t left = size - place;
-    __m128i block;
-    if (left >= unitsOfBlock) {
-      block = loadBlock(text + place);
-    } else {
-      block = size < unitsOfBlock ? loadUnits(text, size) : loadLastUnits(text + size, left);
-    }
-    if (maskOf(surrogatesOf(block)) != 0) {
-      left = unitsBeforeSurrogate(text + place, left);
-      if (left == 0) {
+  for (;;) {
+    const uint32_t surrogates = surrogatesIn(block);
+    if (surrogates != 0) {
+      count = static_cast<std::size_t>(__builtin_ctz(surrogates)) / sizeof *text;
+      block = _mm_and_si128(block, onlyFirst(count));
+      size = place + count;
+      storeBlock(target, behind);
+      if (count == 0) {
         break;
       }
-      block = loadUnits(text + place, left);
     }
-    const Bytes_s result = bytesOf(block);
-    result.write(target);
-    target += result.count();
-    if (left < unitsOfBlock) {
-      // The zeros behind the last units have become a byte each.
-      return {place + left, target - (unitsOfBlock - left)};
+    const Bytes_s bytes = bytesOf(block);
+    // The zeros behind the last units become a byte each.
+    uint8_t* end = target + bytes.low.count + bytes.high.count - (unitsOfBlock - count);
+    behind = loadBlock(end);
+    writeBytes(bytes, target);
+    target = end;
+    place += count;
+    if (place == size || count < unitsOfBlock) {
+      storeBlock(target, behind);
     }
+    if (place == size) {
+      break;
+    }
+    count = unitsOfBlock;
+    block = loadBlock(text + place);
   }
   return {place, target};
 }
@@ -177,23 +142,8 @@ inline bool isFourPairs(__m128i block) {
   return maskOf(_mm_cmpeq_epi32(_mm_and_si128(block, words(0xFC00FC00)), words(0xDC00D800))) == 0xFFFF;
 }
 
-// Where a conversion stands.
-struct Cursors_s {
-  const uint16_t* source;
-  const uint16_t* sourceEnd;
-  uint8_t* target;
-  uint8_t* targetEnd;
-
-  std::size_t size() const { return unitsBetween(source, sourceEnd); }
-  std::size_t room() const { return unitsBetween<uint8_t>(target, targetEnd); }
-  void advance(std::size_t taken, std::size_t written) {
-    source += taken;
-    target += written;
-  }
-};
-
-// ASCII, block by block, in texts where it pays to look for it.
-inline void takeAscii(Cursors_s& cursors) {
+// ASCII, two blocks at once, in texts where it pays to look for it.
+inline void takeAscii(Cursors_s<uint16_t>& cursors) {
   while (std::min(cursors.size(), cursors.room()) >= 4 * blockSize) {
     const __m128i low = loadBlock(cursors.source);
     const __m128i high = loadBlock(cursors.source + unitsOfBlock);
@@ -206,64 +156,63 @@ inline void takeAscii(Cursors_s& cursors) {
   }
 }
 
-// Pairs of surrogates, as many as there are in a row.
-inline void takePairs(Cursors_s& cursors) {
+// Pairs of surrogates, four at a time.
+inline void takePairs(Cursors_s<uint16_t>& cursors) {
   while (cursors.size() >= unitsOfBlock && cursors.room() >= blockSize) {
     const __m128i block = loadBlock(cursors.source);
     if (!isFourPairs(block)) {
-      break;
+      return;
     }
     storeBlock(cursors.target, charactersOf(block));
     cursors.advance(unitsOfBlock, blockSize);
   }
-  while (cursors.size() >= 2 && cursors.room() >= 4 && isHighSurrogate(load(cursors.source)) &&
-         isLowSurrogate(load(cursors.source + 1))) {
-    const Character_s pair = readCharacter(cursors.source, cursors.sourceEnd, strict);
-    writeCharacter(cursors.target, pair.value, 4);
-    cursors.advance(2, 4);
-  }
 }
 
-// Units up to the next surrogate. False where there is no room for them.
-inline bool takeRun(Cursors_s& cursors) {
-  std::array<uint8_t, 3 * longestRun + spareBytes> result; // NOLINT: filled by the next line
-  const Converted_s converted = convertUnits(cursors.source, std::min(cursors.size(), longestRun), result.data());
-  const std::size_t bytes = unitsBetween<uint8_t>(result.data(), converted.end);
-  if (cursors.room() < bytes) {
+// Takes what follows a piece: surrogates, or ASCII.
+__attribute__((noinline)) static Cursors_s<uint16_t> takeOthers(Cursors_s<uint16_t> cursors) {
+  const uint16_t* before = nullptr;
+  while (cursors.source != before && cursors.size() > 0 && isSurrogate(loadWord<uint16_t>(cursors.source))) {
+    before = cursors.source;
+    takePairs(cursors);
+    takeOne(cursors, sizeof(uint8_t));
+  }
+  takeAscii(cursors);
+  return cursors;
+}
+
+// Converts a piece up to a surrogate, if there is room for it. Where there may not be room enough for more than the
+// result, it is made beside the target.
+__attribute__((always_inline)) inline bool takePiece(Cursors_s<uint16_t>& cursors) {
+  const std::size_t size = std::min(cursors.size(), pieceSize);
+  const std::size_t room = cursors.room();
+  std::array<uint8_t, 3 * pieceSize + spareBytes> beside; // NOLINT: filled by the next lines
+  const bool isAmple = room >= 3 * size + spareBytes;
+  uint8_t* target = isAmple ? cursors.target : beside.data();
+  const Converted_s converted = convertBlocks(cursors.source, size, target);
+  const auto written = static_cast<std::size_t>(converted.end - target);
+  if (room < written) {
     return false;
   }
-  copyExactly(cursors.target, result.data(), bytes);
-  cursors.advance(converted.units, bytes);
+  if (!isAmple) {
+    std::memcpy(cursors.target, target, written);
+  }
+  cursors.advance(converted.size, written);
   return true;
 }
 
-__attribute__((noinline)) inline void takeRuns(const uint16_t** source, const uint16_t* sourceEnd, uint8_t** target,
-                                               uint8_t* targetEnd) {
-  Cursors_s cursors = {*source, sourceEnd, *target, targetEnd};
-  std::size_t before = 0;
-  for (std::size_t left = cursors.size(); left > 0 && left != before; left = cursors.size()) {
-    before = left;
-    takeAscii(cursors);
-    if (takeRun(cursors)) {
-      takePairs(cursors);
-    }
-  }
-  *source = cursors.source;
-  *target = cursors.target;
-}
-
 // Converts UTF-16 while there are well-formed characters and room for them.
-inline void takeFast(const uint16_t** source, const uint16_t* sourceEnd, uint8_t** target, uint8_t* targetEnd) {
-  const std::size_t size = unitsBetween(*source, sourceEnd);
-  if (size - 1 < 2 * unitsOfBlock) {
-    const std::size_t written = takeShort(*source, size, *target, unitsBetween<uint8_t>(*target, targetEnd));
-    if (written > 0) {
-      *source = sourceEnd;
-      *target += written;
-      return;
+__attribute__((always_inline)) inline Cursors_s<uint16_t> takeFast(Cursors_s<uint16_t> cursors) {
+  const uint16_t* begin = nullptr;
+  while (cursors.source != begin && cursors.size() > 0) {
+    begin = cursors.source;
+    if (!takePiece(cursors)) {
+      break;
+    }
+    if (cursors.source != cursors.sourceEnd) {
+      cursors = takeOthers(cursors);
     }
   }
-  takeRuns(source, sourceEnd, target, targetEnd);
+  return cursors;
 }
 
 } // namespace Utf

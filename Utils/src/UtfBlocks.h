@@ -43,13 +43,6 @@ inline uint32_t maskOf(__m128i flags) {
   return static_cast<uint32_t>(_mm_movemask_epi8(flags));
 }
 
-template <class Word_t>
-Word_t loadWord(const uint8_t* place) {
-  Word_t word;
-  std::memcpy(&word, place, sizeof word);
-  return word;
-}
-
 // The last bytes of a text, 1 to 15, with zeros behind them.
 inline __m128i loadPart(const uint8_t* text, std::size_t size) {
   if (size >= 8) {
@@ -68,52 +61,53 @@ inline __m128i loadPart(const uint8_t* text, std::size_t size) {
 }
 
 // Where the units of half a block come from that are kept, one bit each: places of bytes, every second one. And how
-// many units that are.
+// many units that are. The last unit is kept in any case, it may stand behind those that count.
 struct UnitPacking_s {
-  std::array<std::array<uint8_t, blockSize / 2>, 256> places;
-  std::array<uint8_t, 256> counts;
+  std::array<std::array<uint8_t, blockSize / 2>, 128> places;
+  std::array<uint8_t, 128> counts; // without the last unit
 };
 
 constexpr UnitPacking_s packingOfUnits() {
   UnitPacking_s packing = {};
-  for (std::size_t mask = 0; mask < 256; ++mask) {
+  for (std::size_t mask = 0; mask < 128; ++mask) {
     std::size_t count = 0;
-    for (std::size_t unit = 0; unit < 8; ++unit) {
+    for (std::size_t unit = 0; unit < 7; ++unit) {
       if ((mask >> unit & 1) != 0) {
         packing.places[mask][count++] = static_cast<uint8_t>(2 * unit);
       }
     }
+    packing.places[mask][count] = 2 * 7;
     packing.counts[mask] = static_cast<uint8_t>(count);
   }
   return packing;
 }
 
-// Four characters of one to three bytes in words of 32 bits, their bytes before the word's last one: which order moves
-// the bytes together. A mask has a low bit for more than one byte, the bit four above it for three; the last byte of an
-// order tells how many bytes there are.
+// Four characters of one to three bytes in words of 32 bits: which order moves the bytes together. The orders are
+// numbered by the lengths of the first three characters less one, to the base of three; the last character has three
+// bytes in any case, it may stand behind those that count.
 struct BytePacking_s {
-  std::array<uint8_t, 256> numbers; // of orders, by mask
-  std::array<std::array<uint8_t, blockSize>, 81> orders;
+  std::array<std::array<uint8_t, blockSize>, 27> orders;
+  std::array<uint8_t, 16> numbers; // by words, one bit each, that have one more byte
+  std::array<uint8_t, 16> counts;  // of them
 };
 
 constexpr BytePacking_s packingOfBytes() {
   BytePacking_s packing = {};
-  for (std::size_t number = 0; number < 81; ++number) {
+  for (std::size_t number = 0; number < 27; ++number) {
     auto& order = packing.orders[number];
-    std::size_t mask = 0;
     std::size_t count = 0;
-    std::size_t rest = number; // lengths less one, to the base of three
+    std::size_t rest = number;
     for (std::size_t word = 0; word < 4; ++word) {
-      const std::size_t isTwo = rest % 3 > 0 ? 1 : 0;
-      const std::size_t isThree = rest % 3 / 2;
-      mask |= isTwo << word | isThree << (word + 4);
-      for (std::size_t byte = 2 - rest % 3; byte < 3; ++byte) {
+      const std::size_t length = word < 3 ? rest % 3 + 1 : 3;
+      for (std::size_t byte = 0; byte < length; ++byte) {
         order[count++] = static_cast<uint8_t>(4 * word + byte);
       }
       rest /= 3;
     }
-    packing.numbers[mask] = static_cast<uint8_t>(number);
-    order[blockSize - 1] = static_cast<uint8_t>(count);
+  }
+  for (std::size_t words = 0; words < 16; ++words) {
+    packing.numbers[words] = static_cast<uint8_t>((words & 1) + (words >> 1 & 1) * 3 + (words >> 2 & 1) * 9);
+    packing.counts[words] = static_cast<uint8_t>((words & 1) + (words >> 1 & 1) + (words >> 2 & 1) + (words >> 3));
   }
   return packing;
 }
@@ -126,12 +120,22 @@ constexpr std::array<uint8_t, 2 * blockSize> orderOfMoving() {
   return order;
 }
 
+constexpr std::array<uint8_t, 2 * blockSize> onesBeforeZeros() {
+  std::array<uint8_t, 2 * blockSize> bytes = {};
+  for (std::size_t place = 0; place < blockSize; ++place) {
+    bytes[place] = 0xFF;
+  }
+  return bytes;
+}
+
+inline constexpr std::array<uint8_t, 2 * blockSize> firstBytes = onesBeforeZeros();
 inline constexpr std::array<uint8_t, 2 * blockSize> movingOrder = orderOfMoving();
 inline constexpr UnitPacking_s unitPacking = packingOfUnits();
 inline constexpr BytePacking_s bytePacking = packingOfBytes();
 
-// Puts the bytes of a block into another order; zeros where the order has its upper bit set. The instruction is named
-// here and nowhere else, so that the library runs on processors without it: ask hasShuffle first.
+// Puts the bytes of a block into another order; zeros where the order has its upper bit set. The two instructions of
+// SSSE3 are named here and in movedOn, and nowhere else, so that the library runs on processors without them: ask
+// hasShuffle first.
 inline __m128i shuffle(__m128i block, __m128i order) {
   __asm__("pshufb %1, %0" : "+x"(block) : "x"(order));
   return block;
@@ -160,10 +164,21 @@ inline bool hasShuffle() {
   return known == present;
 }
 
-// Moves the units to the front whose bits are set.
+// Moves the units to the front whose bits are set; what follows them is anything.
 inline __m128i packUnits(__m128i block, uint32_t kept) {
-  const __m128i places = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(unitPacking.places[kept].data()));
+  const __m128i places = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(unitPacking.places[kept & 127].data()));
   return shuffle(block, _mm_or_si128(_mm_unpacklo_epi8(places, places), units(0x0100)));
+}
+
+inline std::size_t countOf(uint32_t kept) {
+  return unitPacking.counts[kept & 127] + (kept >> 7);
+}
+
+// A block moved on by so many bytes; the block before it ends with those that come first.
+template <int count>
+inline __m128i movedOn(__m128i block, __m128i before) {
+  __asm__("palignr %2, %1, %0" : "+x"(block) : "x"(before), "i"(static_cast<int>(blockSize) - count));
+  return block;
 }
 
 // Drops bytes at the front, and puts zeros at the end.
@@ -171,29 +186,43 @@ inline __m128i moveToFront(__m128i block, std::size_t dropped) {
   return shuffle(block, loadBlock(movingOrder.data() + dropped));
 }
 
-// Writes exactly this many bytes; 16 can be read from the source in any case.
-inline void copyExactly(void* target, const void* source, std::size_t size) {
-  auto* to = static_cast<uint8_t*>(target);
-  const auto* from = static_cast<const uint8_t*>(source);
-  if (size >= blockSize) {
-    for (std::size_t place = 0; place < size - blockSize; place += blockSize) {
-      storeBlock(to + place, loadBlock(from + place));
-    }
-    storeBlock(to + size - blockSize, loadBlock(from + size - blockSize));
-    return;
+// The next block of a text, with zeros behind the text's end.
+inline __m128i loadNext(const uint8_t* text, std::size_t size, std::size_t place) {
+  const std::size_t left = size - place;
+  if (left >= blockSize) {
+    return loadBlock(text + place);
   }
-  if (size >= 8) {
-    std::memcpy(to, from, 8);
-    std::memcpy(to + size - 8, from + size - 8, 8);
-  } else if (size >= 4) {
-    std::memcpy(to, from, 4);
-    std::memcpy(to + size - 4, from + size - 4, 4);
-  } else {
-    for (std::size_t place = 0; place < size; ++place) {
-      to[place] = from[place];
-    }
-  }
+  return size < blockSize ? loadPart(text, size) : moveToFront(loadBlock(text + size - blockSize), blockSize - left);
 }
+
+// Where a conversion stands. The target is counted in bytes, whatever its units are.
+template <class Source_t>
+struct Cursors_s {
+  const Source_t* source;
+  const Source_t* sourceEnd;
+  uint8_t* target;
+  uint8_t* targetEnd;
+
+  std::size_t size() const { return unitsBetween(source, sourceEnd); }
+  std::size_t room() const { return unitsBetween<uint8_t>(target, targetEnd); }
+  void advance(std::size_t taken, std::size_t written) {
+    source += taken;
+    target += written;
+  }
+};
+
+// Takes a character, or as many as there are in the units that one may have.
+template <class Source_t>
+inline void takeOne(Cursors_s<Source_t>& cursors, std::size_t targetUnit) {
+  const Source_t* end = cursors.source + std::min(cursors.size(), sizeof(uint32_t) / sizeof(Source_t));
+  convertUnits(&cursors.source, end, sizeof(Source_t), &cursors.target, cursors.targetEnd, targetUnit, strict);
+}
+
+// What is converted at once, in units.
+constexpr std::size_t pieceSize = 256;
+
+// What may be written behind a result, and is put back.
+constexpr std::size_t spareBytes = 2 * blockSize;
 
 } // namespace Utf
 

@@ -169,16 +169,18 @@ void setCertificationData(__IsoAgLib::IdentItem_c& item) {
   // The compliance bits stay clear whatever the console holds. On purpose.
   const BitFieldWrapperLeft_c<IsoAgLib::Certification_s> noCompliance;
   CertificationData_s data = {};
-  if (getDBusInterfaceInstance()->getCertificationData(data)) {
-    item.setCertificationData(static_cast<uint16_t>(data.year), static_cast<uint8_t>(data.revision),
-                              static_cast<IsoAgLib::CertificationLabType_t>(data.laboratoryType),
-                              static_cast<uint16_t>(data.laboratoryId), noCompliance,
-                              static_cast<uint16_t>(data.referenceNumber));
-    return;
+  if (!getDBusInterfaceInstance()->getCertificationData(data)) {
+    // The laboratory is the manufacturer itself. On purpose.
+    data.year = 2013;
+    data.revision = 31;
+    data.laboratoryType = 3;
+    data.laboratoryId = manufacturerCode;
+    data.referenceNumber = 0;
   }
-  // The laboratory is the manufacturer itself. On purpose.
-  item.setCertificationData(2013, 31, static_cast<IsoAgLib::CertificationLabType_t>(3), manufacturerCode, noCompliance,
-                            0);
+  item.setCertificationData(static_cast<uint16_t>(data.year), static_cast<uint8_t>(data.revision),
+                            static_cast<IsoAgLib::CertificationLabType_t>(data.laboratoryType),
+                            static_cast<uint16_t>(data.laboratoryId), noCompliance,
+                            static_cast<uint16_t>(data.referenceNumber));
 }
 
 } // namespace

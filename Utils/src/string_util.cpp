@@ -1,12 +1,11 @@
 #include "string_util.h"
 
-#include "Utf16Blocks.h"
-#include "Utf8Blocks.h"
+#include "ConsoleLine.h"
+#include "UtfCheck.h"
 #include "UtfConversion.h"
 #include "UtfSimple.h"
 
 #include <array>
-#include <iostream>
 #include <memory>
 
 namespace {
@@ -15,61 +14,40 @@ constexpr uint16_t byteOrderMark = 0xFEFF;
 constexpr std::size_t markSize = sizeof byteOrderMark;
 
 // More than a result can need, which the conversions like.
-constexpr std::size_t spareRoom = 32;
+constexpr std::size_t spareRoom = 64;
 
-// Lets a result of at most so many units be made by convert(begin, end): on the stack for a label, on the heap for what
-// is longer.
-template <class Unit_t, class Convert_c>
-std::string inRoomFor(std::size_t size, const Convert_c& convert) {
-  constexpr std::size_t shortRoom = 256 / sizeof(Unit_t);
-  const std::size_t room = size + spareRoom;
-  if (room <= shortRoom) {
-    std::array<Unit_t, shortRoom> units; // NOLINT: filled by the conversion
-    return convert(units.data(), units.data() + room);
-  }
-  const std::unique_ptr<Unit_t[]> units(new Unit_t[room]);
-  return convert(units.get(), units.get() + room);
-}
+// Room for a result: on the stack for a label, on the heap for what is longer.
+template <class Unit_t>
+class Room_c {
+public:
+  explicit Room_c(std::size_t size)
+      : m_heap(size > label ? new Unit_t[size + spareRoom] : nullptr), m_begin(m_heap ? m_heap.get() : m_label.data()),
+        m_end(m_begin + (m_heap ? size + spareRoom : m_label.size())) {}
+
+  Unit_t* begin() { return m_begin; }
+  Unit_t* end() { return m_end; }
+
+private:
+  static constexpr std::size_t label = 192 / sizeof(Unit_t);
+
+  std::array<Unit_t, label + spareRoom> m_label; // NOLINT: filled by the conversion
+  std::unique_ptr<Unit_t[]> m_heap;
+  Unit_t* m_begin;
+  Unit_t* m_end;
+};
 
 template <class Unit_t>
-std::string textOf(const Unit_t* begin, const Unit_t* end) {
+std::string textBetween(const Unit_t* begin, const Unit_t* end) {
   return {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin) * sizeof(Unit_t)};
 }
 
 // The record is fixed: line numbers are part of what is documented.
-void printError(int line, const char* function, const char* message) {
-  std::cout << "Utils/src/string_util " << std::to_string(line) << ' ' << function << message << std::endl;
+void printError(const char* line, const char* function, const char* message) {
+  printLine({"Utils/src/string_util ", line, " ", function, message});
 }
 
 std::size_t lengthByLead(unsigned char lead) {
-  return Utf::trailingBytes[lead] + std::size_t{1};
-}
-
-// True without a doubt, or not known.
-bool isWellFormedText(const unsigned char* s, int length) {
-#if defined(ZEMO_UTF_BLOCKS)
-  return length > 0 && Utf::isWellFormedText(s, static_cast<std::size_t>(length));
-#else
-  static_cast<void>(s);
-  return length <= 0;
-#endif
-}
-
-constexpr std::size_t longestLabel = 64; // in units
-
-// Converts the whole of a label without surrogates, as most are; gives null for another text.
-uint8_t* convertLabel(const uint16_t* text, std::size_t size, uint8_t* target) {
-#if defined(ZEMO_UTF_BLOCKS)
-  if (size <= longestLabel && Utf::hasShuffle()) {
-    const Utf::Converted_s converted = Utf::convertUnits(text, size, target);
-    return converted.units == size ? converted.end : nullptr;
-  }
-#else
-  static_cast<void>(text);
-  static_cast<void>(size);
-  static_cast<void>(target);
-#endif
-  return nullptr;
+  return Utf::trailingBytes(lead) + 1;
 }
 
 std::size_t leadingOnes(unsigned char byte) {
@@ -83,7 +61,19 @@ std::size_t leadingOnes(unsigned char byte) {
 } // namespace
 
 bool isStringLegalUTF8(const unsigned char* s, int length) {
-  return isWellFormedText(s, length) || isMaxStringLengthLegalUTF8(s, length, length > 0 ? length : 0);
+  const unsigned char* end = s + (length > 0 ? length : 0);
+  while (s < end) {
+    s = Utf::skipWellFormed(s, end);
+    // What has been left is right or wrong by itself: a character, or those of four bytes that follow each other.
+    do {
+      const std::size_t next = s < end ? lengthByLead(*s) : 0;
+      if (next > 0 && !Utf::isWellFormed(s, next)) {
+        return false;
+      }
+      s += next;
+    } while (s < end && *s >= 0xF0);
+  }
+  return true;
 }
 
 bool isMaxStringLengthLegalUTF8(const unsigned char* s, int length, int maxChars) {
@@ -143,16 +133,15 @@ void trimToValidUtf8String(std::string& s) {
 }
 
 std::string ConvertUtf8String2BomString(const std::string& utf8) {
-  return inRoomFor<uint16_t>(1 + utf8.size(), [&utf8](uint16_t* begin, uint16_t* end) {
-    const auto* source = reinterpret_cast<const uint8_t*>(utf8.data());
-    uint16_t* target = begin;
-    *target++ = byteOrderMark;
-    if (ConvertUTF8toUTF16(&source, source + utf8.size(), &target, end, Utf::strict) != Utf::ok) {
-      printError(91, "ConvertUtf8String2BomString", " UTF8 to UTF16 conversion error ");
-      target = begin + 1;
-    }
-    return textOf<uint16_t>(begin, target);
-  });
+  Room_c<uint16_t> room(1 + utf8.size());
+  const auto* source = reinterpret_cast<const uint8_t*>(utf8.data());
+  uint16_t* target = room.begin();
+  *target++ = byteOrderMark;
+  if (ConvertUTF8toUTF16(&source, source + utf8.size(), &target, room.end(), Utf::strict) != Utf::ok) {
+    printError("91", "ConvertUtf8String2BomString", " UTF8 to UTF16 conversion error ");
+    target = room.begin() + 1;
+  }
+  return textBetween<uint16_t>(room.begin(), target);
 }
 
 std::string ConvertBomString2Utf8String(const std::string& bom) {
@@ -161,17 +150,11 @@ std::string ConvertBomString2Utf8String(const std::string& bom) {
   }
   const std::size_t size = (bom.size() - markSize) / sizeof(uint16_t);
   const auto* source = reinterpret_cast<const uint16_t*>(bom.data() + markSize);
-  std::array<uint8_t, 3 * longestLabel + spareRoom> label; // NOLINT: filled by the conversion
-  if (const uint8_t* labelEnd = convertLabel(source, size, label.data())) {
-    return textOf<uint8_t>(label.data(), labelEnd);
+  Room_c<uint8_t> room(3 * size);
+  uint8_t* target = room.begin();
+  if (ConvertUTF16toUTF8(&source, source + size, &target, room.end(), Utf::strict) != Utf::ok) {
+    printError("118", "ConvertBomString2Utf8String", " UTF16 to UTF8 conversion error ");
+    return {};
   }
-  return inRoomFor<uint8_t>(3 * size, [source, size](uint8_t* begin, uint8_t* end) -> std::string {
-    const uint16_t* place = source;
-    uint8_t* target = begin;
-    if (ConvertUTF16toUTF8(&place, source + size, &target, end, Utf::strict) != Utf::ok) {
-      printError(118, "ConvertBomString2Utf8String", " UTF16 to UTF8 conversion error ");
-      return {};
-    }
-    return textOf<uint8_t>(begin, target);
-  });
+  return textBetween<uint8_t>(room.begin(), target);
 }

@@ -123,10 +123,11 @@ protected:
   void buildInFront(const std::string& source) const {
     const std::string file = m_folder.path() + "/log.cpp";
     const std::string library = m_folder.path() + "/log.so";
-    writeFile(file, source);
+    writeFile(file, source + endAtOnce);
     const Ending_s compiler =
         runProgram({"g++", bits, "-std=c++17", "-shared", "-fPIC", "-D_FILE_OFFSET_BITS=64", "-D_TIME_BITS=64",
-                    "-I" ZEMO_SOURCE_DIR "/Utils/include", "-I" ZEMO_SOURCE_DIR "/Utils/src", "-o", library, file});
+                    "-I" ZEMO_SOURCE_DIR "/Utils/include", "-I" ZEMO_SOURCE_DIR "/Utils/src", "-o", library, file,
+                    ZEMO_SOURCE_DIR "/Utils/src/TextOf.cpp"});
     ASSERT_EQ(0, compiler.exitStatus) << compiler.standardError;
     setenv("LD_PRELOAD", library.c_str(), 1);
   }
@@ -153,6 +154,11 @@ protected:
                                                    : std::vector<std::string>{"(not traced)"};
   }
 
+  // Both libraries have made the one name, and would destroy it both.
+  static constexpr const char* endAtOnce = "__attribute__((destructor)) static void endAtOnce() {\n"
+                                           "  std::fflush(nullptr);\n"
+                                           "  _exit(0);\n"
+                                           "}\n";
   static constexpr const char* bits = sizeof(void*) == 8 ? "-m64" : "-m32";
   const TemporaryFolder_c m_folder;
 };
