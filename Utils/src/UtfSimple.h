@@ -1,5 +1,5 @@
 // The conversions of Unicode text, one character at a time and in so many words. They are the whole truth: what the
-// fast ways of UtfConversion.cpp do not take, errors and last characters among it, is left to them.
+// fast ways do not take, errors and last characters among it, is left to them.
 #pragma once
 
 #include <cstddef>
