@@ -51,7 +51,8 @@ constexpr uint32_t firstBits(std::size_t count) {
 
 inline std::size_t sumOf(__m128i counts) {
   const __m128i sums = _mm_sad_epu8(counts, _mm_setzero_si128());
-  return static_cast<std::size_t>(_mm_cvtsi128_si32(sums) + _mm_cvtsi128_si32(_mm_srli_si128(sums, 8)));
+  const int sum = _mm_cvtsi128_si32(sums) + _mm_cvtsi128_si32(_mm_srli_si128(sums, 8));
+  return static_cast<std::size_t>(sum);
 }
 
 // The beginning of a text that is well-formed: its bytes, and its characters.

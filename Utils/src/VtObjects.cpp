@@ -309,7 +309,8 @@ const auto& recordOf(const iVtObjectObjectPointer_c& object) {
 template <class Held_t, uint8_t bits, class Record_s, class Value_t>
 bool holds(const Record_s& record, Value_t value, Place_t place) {
   Held_t held;
-  std::memcpy(&held, reinterpret_cast<const char*>(&record) + positionOf(place), sizeof held);
+  const char* position = reinterpret_cast<const char*>(&record) + positionOf(place);
+  std::memcpy(&held, position, sizeof held); // NOLINT(bugprone-sizeof-expression): a reference is held as a pointer
   if constexpr (bits == theNumber) {
     return static_cast<Value_t>(held) == value;
   } else {
@@ -340,11 +341,11 @@ template <class Held_t, uint8_t bits, class Object_c, class Value_t>
 
 template <class Held_t, uint8_t bits, class Object_c, class Value_t>
 void set(Object_c& object, Value_t value, Field_s<Held_t, bits> field, bool force) {
-  if (force) {
-    send(field.place, value, object);
-  } else if (!hasRecord(object, 0)) {
+  if (!force && !hasRecord(object, 0)) {
     setWithoutRecord<Held_t, bits>(field.place, value, object);
-  } else if (!holds<Held_t, bits>(recordOf(object), value, field.place)) {
+    return;
+  }
+  if (force || !holds<Held_t, bits>(recordOf(object), value, field.place)) {
     send(field.place, value, object);
   }
 }

@@ -124,10 +124,11 @@ protected:
     const std::string file = m_folder.path() + "/log.cpp";
     const std::string library = m_folder.path() + "/log.so";
     writeFile(file, source + endAtOnce);
+    const std::string utils = ZEMO_SOURCE_DIR "/Utils";
+    const std::string texts = utils + "/src/TextOf.cpp";
     const Ending_s compiler =
         runProgram({"g++", bits, "-std=c++17", "-shared", "-fPIC", "-D_FILE_OFFSET_BITS=64", "-D_TIME_BITS=64",
-                    "-I" ZEMO_SOURCE_DIR "/Utils/include", "-I" ZEMO_SOURCE_DIR "/Utils/src", "-o", library, file,
-                    ZEMO_SOURCE_DIR "/Utils/src/TextOf.cpp"});
+                    "-I" + utils + "/include", "-I" + utils + "/src", "-o", library, file, texts});
     ASSERT_EQ(0, compiler.exitStatus) << compiler.standardError;
     setenv("LD_PRELOAD", library.c_str(), 1);
   }
