@@ -85,7 +85,7 @@ bool BusServer_c::serveOnce(int stopDescriptor) {
     const bool wantsToWrite = !client.output.empty() && client.holdUntil <= now;
     descriptors.push_back({client.socket.get(), static_cast<short>(wantsToWrite ? POLLIN | POLLOUT : POLLIN), 0});
   }
-  if (poll(descriptors.data(), descriptors.size(), waitMs()) < 0) {
+  if (poll(descriptors.data(), descriptors.size(), waitMs(now)) < 0) {
     return true; // a signal, or no memory for the moment
   }
   auto descriptor = descriptors.cbegin() + 2;
@@ -105,8 +105,9 @@ bool BusServer_c::serveOnce(int stopDescriptor) {
 }
 
 // waitMs: until the next client may be written to again or has to go; -1 without one.
-int BusServer_c::waitMs() const {
-  const Clock::time_point now = Clock::now();
+//
+//   Takes    now: when it was decided which clients may be written to; a hold that ends later must end the wait
+int BusServer_c::waitMs(Clock::time_point now) const {
   Clock::time_point due = Clock::time_point::max();
   for (const Client_s& client : m_clients) {
     if (client.leaving) {

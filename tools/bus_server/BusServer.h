@@ -64,7 +64,7 @@ private:
   std::string listenOn(uint16_t port);
   std::string openFiles(const ServerOptions_s& options);
   bool serveOnce(int stopDescriptor);
-  int waitMs() const;
+  int waitMs(Clock::time_point now) const;
   void acceptClients();
   bool acceptClient();
   bool refuseForWantOfDescriptors();
