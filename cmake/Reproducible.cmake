@@ -3,5 +3,6 @@
 # their paths.
 if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
   # Of two that fit, the last one counts: a build folder may stand inside the source folder.
-  add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
+  set(zemo_prefix_maps -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
+  add_compile_options(${zemo_prefix_maps})
 endif()
